@@ -1,0 +1,257 @@
+// The 16-bit formatter against the C library's narrow snprintf: every
+// conversion under combinations of flags, width and precision is formatted
+// by both on the same arguments, and the narrow result widened must equal
+// the 16-bit one.
+#include "zq/wsfmt.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using U16 = std::basic_string<unsigned short>;
+
+U16 Widen(const std::string& s) {
+  U16 out;
+  for (char c : s) out += static_cast<unsigned char>(c);
+  return out;
+}
+
+std::string Show(const U16& u) {
+  std::string s;
+  for (unsigned short c : u) s += c < 128 ? static_cast<char>(c) : '?';
+  return s;
+}
+
+// Formats `narrow` with snprintf and `wide` with wsnfmt on the same
+// arguments; both text and return value must agree.
+template <typename... A>
+void Check(const std::string& wide, const std::string& narrow, A... args) {
+  char n[1024];
+  int nr = std::snprintf(n, sizeof n, narrow.c_str(), args...);
+  ASSERT_GE(nr, 0);
+  ASSERT_LT(nr, static_cast<int>(sizeof n));
+  unsigned short w[1024];
+  U16 wf = Widen(wide);
+  int wr = wsnfmt(w, 1024, wf.c_str(), args...);
+  ASSERT_EQ(wr, nr) << wide;
+  ASSERT_EQ(U16(w, wr), Widen(std::string(n, nr))) << wide << " gave " << Show(U16(w, wr));
+  ASSERT_EQ(w[wr], 0);
+}
+
+// The same with one argument that differs between the two sides: 16-bit
+// text for wsnfmt where snprintf takes narrow text.
+template <typename WA, typename NA>
+void Check2(const std::string& wide, const std::string& narrow, WA warg, NA narg) {
+  char n[1024];
+  int nr = std::snprintf(n, sizeof n, narrow.c_str(), narg);
+  unsigned short w[1024];
+  int wr = wsnfmt(w, 1024, Widen(wide).c_str(), warg);
+  ASSERT_EQ(wr, nr) << wide;
+  ASSERT_EQ(U16(w, wr), Widen(std::string(n, nr))) << wide << " gave " << Show(U16(w, wr));
+}
+
+// Every flag set, a few widths and precisions, for one conversion.
+std::vector<std::string> Formats(const std::string& conv, bool precision = true) {
+  std::vector<std::string> out;
+  const char* flags = "#0- +";
+  for (int mask = 0; mask < 32; ++mask) {
+    std::string f;
+    for (int b = 0; b < 5; ++b) {
+      if (mask & (1 << b)) f += flags[b];
+    }
+    for (const char* width : {"", "1", "7", "14"}) {
+      for (const char* prec : {"", ".0", ".2", ".9"}) {
+        if (!precision && *prec) continue;
+        out.push_back("[%" + f + width + prec + conv + "]");
+      }
+    }
+  }
+  return out;
+}
+
+TEST(WsfmtTest, IntegersMatchSnprintf) {
+  const int values[] = {0, 1, -1, 42, -42, 255, 65535, 123456789, INT_MAX, INT_MIN};
+  for (const char* conv : {"d", "i", "o", "u", "x", "X"}) {
+    for (const auto& form : Formats(conv)) {
+      for (int v : values) Check(form, form, v);
+    }
+  }
+  // h: the value is taken as short.
+  for (const char* conv : {"hd", "hu", "hx", "ho"}) {
+    for (const auto& form : Formats(conv)) {
+      for (int v : {0, -1, 70000, 32768, -32769}) Check(form, form, v);
+    }
+  }
+}
+
+TEST(WsfmtTest, SixtyFourBitPrefixes) {
+  const long long values[] = {0, -1, 4294967296LL, -4294967297LL, LLONG_MAX, LLONG_MIN,
+                              123456789012345LL};
+  for (const char* conv : {"d", "i", "o", "u", "x", "X"}) {
+    for (const auto& form : Formats(std::string("ll") + conv)) {
+      for (const char* prefix : {"ll", "q", "I64"}) {
+        std::string wide = form;
+        wide.replace(wide.find("ll"), 2, prefix);
+        for (long long v : values) Check(wide, form, v);
+      }
+    }
+  }
+}
+
+TEST(WsfmtTest, LongIsThirtyTwoBits) {
+  // %ld reads a long but formats its low 32 bits as a 32-bit value.
+  const long values[] = {5, -5, 0x100000005L, 0x7FFFFFFFL, 0x80000000L, -0x80000001L,
+                         LONG_MIN, LONG_MAX};
+  for (const char* conv : {"d", "u", "x", "o"}) {
+    for (const auto& form : Formats(std::string("l") + conv)) {
+      std::string narrow = form;
+      narrow.erase(narrow.find('l'), 1);
+      for (long v : values) {
+        char n[256];
+        std::snprintf(n, sizeof n, narrow.c_str(), static_cast<int32_t>(v));
+        unsigned short w[256];
+        int r = wsnfmt(w, 256, Widen(form).c_str(), v);
+        ASSERT_EQ(U16(w, r), Widen(n)) << form << " " << v;
+      }
+    }
+  }
+}
+
+TEST(WsfmtTest, FloatsMatchSnprintf) {
+  const double values[] = {0.0, -0.0, 1.0, -2.25, 0.1, 1.0 / 3, 123456.789, 9.9999995,
+                           1e-10, 6.02214076e23, 1e300, 4.9e-324, NAN, INFINITY, -INFINITY};
+  for (const char* conv : {"e", "E", "f", "g", "G"}) {
+    for (const auto& form : Formats(conv)) {
+      for (double v : values) Check(form, form, v);
+    }
+  }
+  // A long output that does not fit a small internal buffer.
+  Check("%.300f|%400.3e", "%.300f|%400.3e", 1e300, -1.5);
+}
+
+TEST(WsfmtTest, TextAndCharacters) {
+  const U16 wide_text = Widen("caf\xe9 au lait");
+  const std::string narrow_text = "caf\xe9 au lait";
+  for (const auto& form : Formats("s")) {
+    // %s takes 16-bit text; %S, %hs narrow; %ls 16-bit again.
+    std::string narrow_fmt = form;
+    Check2(form, narrow_fmt, wide_text.c_str(), narrow_text.c_str());
+    std::string upper = form;
+    upper.replace(upper.find('s'), 1, "S");
+    Check(upper, narrow_fmt, narrow_text.c_str());
+    std::string hs = form;
+    hs.replace(hs.find('s'), 1, "hs");
+    Check(hs, narrow_fmt, narrow_text.c_str());
+    std::string ls = form;
+    ls.replace(ls.find('s'), 1, "ls");
+    Check2(ls, narrow_fmt, wide_text.c_str(), narrow_text.c_str());
+  }
+  for (const auto& form : Formats("c", false)) {
+    std::string upper = form;
+    upper.replace(upper.find('c'), 1, "C");
+    for (int v : {int{'a'}, 0xE9, int{' '}}) {
+      Check(form, form, v);
+      Check(upper, form, v);
+    }
+  }
+  // 16-bit units beyond one byte pass through %s and %c unchanged.
+  const U16 cjk = {0x4E2D, 0x6587, 0};
+  unsigned short w[32];
+  EXPECT_EQ(wsnfmt(w, 32, Widen("<%-4s|%c|%hc>").c_str(), cjk.c_str(), 0x20AC, 0x1E9), 10);
+  EXPECT_EQ(U16(w, 10), (U16{'<', 0x4E2D, 0x6587, ' ', ' ', '|', 0x20AC, '|', 0xE9, '>'}));
+  // A null text prints as the C library prints it.
+  Check("%s|%10S|%.3s|%-8hs|", "%s|%10s|%.3s|%-8s|",
+        static_cast<const unsigned short*>(nullptr), static_cast<const char*>(nullptr),
+        static_cast<const unsigned short*>(nullptr), static_cast<const char*>(nullptr));
+}
+
+TEST(WsfmtTest, StarPointerPercentAndCount) {
+  for (int width : {-12, -1, 0, 3, 20}) {
+    for (int prec : {-3, 0, 2, 8}) {
+      Check("%*.*d|%-*.*f|%*S", "%*.*d|%-*.*f|%*s", width, prec, 1234, width, prec, 3.14159,
+            width, "ab");
+      char n[128];
+      std::snprintf(n, sizeof n, "%*.*x|%*s", width, prec, 0xBEEFu, width, "ab");
+      unsigned short w[128];
+      int r = wsnfmt(w, 128, Widen("%*.*x|%*s").c_str(), width, prec, 0xBEEFu, width,
+                     Widen("ab").c_str());
+      ASSERT_EQ(U16(w, r), Widen(n));
+    }
+  }
+  int x = 0;
+  for (const auto& form : Formats("p", false)) {
+    Check(form, form, static_cast<void*>(&x));
+    Check(form, form, static_cast<void*>(nullptr));
+  }
+  Check("100%% %5%|%-3%|", "100%% %5%|%-3%|");
+
+  int count = -1;
+  short hcount = -1;
+  long lcount = -1;
+  long long qcount = -1;
+  unsigned short w[64];
+  int r = wsnfmt(w, 64, Widen("ab%n%5d%hn|%ln%s%qn").c_str(), &count, 7, &hcount, &lcount,
+                 Widen("xyz").c_str(), &qcount);
+  EXPECT_EQ(r, 11);
+  EXPECT_EQ(count, 2);
+  EXPECT_EQ(hcount, 7);
+  EXPECT_EQ(lcount, 8);
+  EXPECT_EQ(qcount, 11);
+}
+
+TEST(WsfmtTest, BoundsAndReturn) {
+  // Cut to every size and compared with snprintf's cut, which it mirrors:
+  // the result is the full length, the output always terminated.
+  const char* fmt = "%s=%08.3f [%-6d] %x";
+  const U16 name = Widen("pressure");
+  char full[128];
+  int len = std::snprintf(full, sizeof full, fmt, "pressure", 3.14159, -42, 0xCAFEu);
+  for (int n = 0; n <= len + 2; ++n) {
+    char nb[128];
+    std::memset(nb, 'Z', sizeof nb);
+    int nr = std::snprintf(nb, static_cast<size_t>(n), fmt, "pressure", 3.14159, -42, 0xCAFEu);
+    std::vector<unsigned short> wb(128, 0x5A5A);
+    int wr = wsnfmt(wb.data(), n, Widen(fmt).c_str(), name.c_str(), 3.14159, -42, 0xCAFEu);
+    ASSERT_EQ(wr, nr) << n;
+    int kept = n == 0 ? 0 : std::min(n - 1, len);
+    ASSERT_EQ(U16(wb.data(), kept), Widen(std::string(nb, kept)));
+    if (n > 0) {
+      ASSERT_EQ(wb[kept], 0);
+    }
+    for (size_t i = n; i < wb.size(); ++i) ASSERT_EQ(wb[i], 0x5A5A) << n;
+  }
+  unsigned short w[64] = {0x5A5A};
+  EXPECT_EQ(wsnfmt(w, -5, Widen("abc").c_str()), 3);
+  EXPECT_EQ(w[0], 0x5A5A);
+  EXPECT_EQ(wsnfmt(nullptr, 10, Widen("abc").c_str()), 3);
+  EXPECT_EQ(wsnfmt(w, 10, nullptr), -1);
+  EXPECT_EQ(w[0], 0);
+
+  // wsfmt has no bound.
+  std::vector<unsigned short> big(2100);
+  char nb[2100];
+  int nr = std::snprintf(nb, sizeof nb, "%2000d|%s", 7, "end");
+  EXPECT_EQ(wsfmt(big.data(), Widen("%2000d|%s").c_str(), 7, Widen("end").c_str()), nr);
+  EXPECT_EQ(U16(big.data(), nr), Widen(nb));
+  EXPECT_EQ(wsfmt(nullptr, Widen("x").c_str()), -1);
+  // Widths and precisions are capped at 1,048,576.
+  EXPECT_EQ(wsnfmt(big.data(), 10, Widen("%*d").c_str(), INT_MAX, 5), 1 << 20);
+  EXPECT_EQ(wsnfmt(big.data(), 10, Widen("%-*d").c_str(), INT_MIN, 5), 1 << 20);
+  EXPECT_EQ(wsnfmt(big.data(), 10, Widen("%99999999999s").c_str(), Widen("a").c_str()),
+            1 << 20);
+  EXPECT_EQ(U16(big.data(), 9), Widen("         "));
+  // A conversion cut short by the end of the format is copied as written.
+  EXPECT_EQ(wsfmt(big.data(), Widen("50%-").c_str()), 4);
+  EXPECT_EQ(U16(big.data(), 4), Widen("50%-"));
+}
+
+}  // namespace

@@ -27,6 +27,11 @@ class ZQ_EXPORT ZQOptionBlock {
   char DecSep() const { return decsep_; }
   char ThsndSep() const { return thsndsep_; }
   int Special() const { return special_; }
+  // Sets the separators used for numbers shown to the user (zero: none).
+  void SetSeparators(char dec, char thsnd) {
+    decsep_ = dec;
+    thsndsep_ = thsnd;
+  }
 
  private:
   char libdir_[256 + 1];
@@ -41,6 +46,30 @@ class ZQ_EXPORT ZQOptionBlock {
   char decsep_;
   char thsndsep_;
   int special_;
+
+  // Empties every setting read from the init file and reads them again.
+  void ReadSettings();
 };
+
+// The command-line option scanner. It replaces the C library's getopt in the
+// process and shares its globals, so callers stay in step whichever header
+// they include: `optind` is the index of the next argument (1 at start; set
+// it to 0 or 1 to start over), `optarg` the argument of the last option,
+// `optopt` the last option letter met (the offending one after an error) and
+// `opterr` the switch that lets error messages reach standard error.
+#ifdef __cplusplus
+extern "C" {
+#endif
+// Next option letter of argv, '?' for an unknown letter or a missing
+// argument (':' for the latter when optstring starts with ':'), -1 at the
+// first non-option argument, "-" alone, or after "--".
+ZQ_EXPORT int getopt(int argc, char* const* argv, const char* optstring) noexcept;
+ZQ_EXPORT extern char* optarg;
+ZQ_EXPORT extern int optind;
+ZQ_EXPORT extern int opterr;
+ZQ_EXPORT extern int optopt;
+#ifdef __cplusplus
+}
+#endif
 
 #endif  // ZQ_OPTIONS_H

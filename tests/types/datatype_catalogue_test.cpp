@@ -1,0 +1,395 @@
+// The type catalogue: every row's defaults, read from the human-written
+// table in catalogue_rows.md (not from the library's own table), the names
+// and their order, assignment of a type, and the code tables.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "types/datatype_helpers.h"
+#include "zq/datetime.h"
+#include "zq/dtype.h"
+
+namespace {
+
+struct Triple {
+  long def = 0, min = 0, max = 0;
+};
+
+struct ExpectedRow {
+  long value;
+  std::string name;
+  std::string generic;
+  Triple length, precision, decimals, scale;
+  std::vector<std::string> meaningful, settable;
+  std::string other;
+};
+
+std::string Trim(const std::string& s) {
+  size_t a = s.find_first_not_of(' ');
+  size_t b = s.find_last_not_of(' ');
+  return a == std::string::npos ? std::string() : s.substr(a, b - a + 1);
+}
+
+long Number(const std::string& s) {
+  if (s == "2^31-1") return 2147483647L;
+  if (s == "2^31-2") return 2147483646L;
+  if (s == "2^30-1") return 1073741823L;
+  return std::stol(s);
+}
+
+Triple ParseTriple(const std::string& cell) {
+  Triple t;
+  if (cell == "-") return t;
+  if (cell.size() > 6 && cell.compare(cell.size() - 6, 6, " fixed") == 0) {
+    t.def = t.min = t.max = Number(cell.substr(0, cell.size() - 6));
+    return t;
+  }
+  size_t a = cell.find('/');
+  size_t b = cell.find('/', a + 1);
+  t.def = Number(cell.substr(0, a));
+  t.min = Number(cell.substr(a + 1, b - a - 1));
+  t.max = Number(cell.substr(b + 1));
+  return t;
+}
+
+std::vector<std::string> ParseList(const std::string& cell) {
+  std::vector<std::string> out;
+  if (cell == "-") return out;
+  std::stringstream ss(cell);
+  std::string item;
+  while (std::getline(ss, item, ',')) out.push_back(Trim(item));
+  return out;
+}
+
+std::vector<ExpectedRow> LoadRows() {
+  std::ifstream in(ZQ_SOURCE_DIR "/tests/types/catalogue_rows.md");
+  std::vector<ExpectedRow> rows;
+  std::string line;
+  while (std::getline(in, line)) {
+    if (line.empty() || line[0] != '|') continue;
+    std::vector<std::string> cells;
+    std::stringstream ss(line.substr(1));
+    std::string cell;
+    while (std::getline(ss, cell, '|')) cells.push_back(Trim(cell));
+    if (cells.size() < 10) continue;
+    ExpectedRow r;
+    r.value = std::stol(cells[0]);
+    r.name = cells[1].substr(1, cells[1].size() - 2);
+    r.generic = cells[2];
+    r.length = ParseTriple(cells[3]);
+    r.precision = ParseTriple(cells[4]);
+    r.decimals = ParseTriple(cells[5]);
+    r.scale = ParseTriple(cells[6]);
+    r.meaningful = ParseList(cells[7]);
+    r.settable = ParseList(cells[8]);
+    r.other = cells[9];
+    rows.push_back(r);
+  }
+  return rows;
+}
+
+const std::vector<ExpectedRow>& Rows() {
+  static const std::vector<ExpectedRow> rows = LoadRows();
+  return rows;
+}
+
+using FlagReader = bool (ZQDType::*)() const;
+
+const std::map<std::string, std::pair<FlagReader, FlagReader>>& FlagReaders() {
+  static const std::map<std::string, std::pair<FlagReader, FlagReader>> m = {
+      {"MSBFirst", {&ZQDType::MSBFirst_Meaningful, &ZQDType::MSBFirst_Settable}},
+      {"Signed", {&ZQDType::Signed_Meaningful, &ZQDType::Signed_Settable}},
+      {"VariableLength", {&ZQDType::VariableLength_Meaningful, &ZQDType::VariableLength_Settable}},
+      {"PadChar", {&ZQDType::PadChar_Meaningful, &ZQDType::PadChar_Settable}},
+      {"DecimalPlaces", {&ZQDType::DecimalPlaces_Meaningful, &ZQDType::DecimalPlaces_Settable}},
+      {"SignStyle", {&ZQDType::SignStyle_Meaningful, &ZQDType::SignStyle_Settable}},
+      {"SignPos", {&ZQDType::SignPos_Meaningful, &ZQDType::SignPos_Settable}},
+      {"Picture", {&ZQDType::Picture_Meaningful, &ZQDType::Picture_Settable}},
+      {"Scale", {&ZQDType::Scale_Meaningful, &ZQDType::Scale_Settable}},
+      {"Precision", {&ZQDType::Precision_Meaningful, &ZQDType::Precision_Settable}},
+      {"Length", {&ZQDType::Length_Meaningful, &ZQDType::Length_Settable}},
+      {"Align", {&ZQDType::Align_Meaningful, &ZQDType::Align_Settable}},
+      {"DecimalSeparator",
+       {&ZQDType::DecimalSeparator_Meaningful, &ZQDType::DecimalSeparator_Settable}},
+      {"ThousandSeparator",
+       {&ZQDType::ThousandSeparator_Meaningful, &ZQDType::ThousandSeparator_Settable}},
+      {"NegType", {&ZQDType::NegType_Meaningful, &ZQDType::NegType_Settable}},
+      {"Nulls", {&ZQDType::Nulls_Meaningful, &ZQDType::Nulls_Settable}},
+      {"Identity", {&ZQDType::Identity_Meaningful, &ZQDType::Identity_Settable}},
+  };
+  return m;
+}
+
+bool Has(const std::vector<std::string>& list, const std::string& name) {
+  for (const std::string& s : list)
+    if (s == name) return true;
+  return false;
+}
+
+// Finds "<key> N" in the other-defaults text, with an optional "(mask M)".
+bool FindCode(const std::string& other, const std::string& key, long& value, long& mask) {
+  size_t p = other.find(key + " ");
+  if (p == std::string::npos) return false;
+  std::stringstream ss(other.substr(p + key.size() + 1));
+  ss >> value;
+  mask = 0;
+  std::string rest = other.substr(p + key.size() + 1);
+  size_t semi = rest.find(';');
+  std::string clause = rest.substr(0, semi);
+  size_t m = clause.find("(mask ");
+  if (m != std::string::npos) mask = std::stol(clause.substr(m + 6));
+  return true;
+}
+
+TEST(DatatypeCatalogue, FixtureHasEveryRow) {
+  ASSERT_EQ(Rows().size(), 73u);
+  std::map<long, int> seen;
+  for (const ExpectedRow& r : Rows()) EXPECT_EQ(seen[r.value]++, 0) << r.value;
+}
+
+TEST(DatatypeCatalogue, EveryRowInstallsItsDocumentedDefaults) {
+  std::map<std::string, long> value_of;
+  for (const ExpectedRow& r : Rows()) value_of[r.name] = r.value;
+  for (const ExpectedRow& r : Rows()) {
+    SCOPED_TRACE(r.name);
+    ZQDType d(static_cast<DATATYPE>(r.value));
+    EXPECT_EQ(d.Type(), r.value);
+    EXPECT_EQ(zqtest::Str(d.TypeName()), r.name);
+    ASSERT_EQ(value_of.count(r.generic), 1u) << r.generic;
+    EXPECT_EQ(d.GenericType(), value_of[r.generic]);
+
+    EXPECT_EQ(d.Length(), r.length.def);
+    EXPECT_EQ(d.MinLength(), r.length.min);
+    EXPECT_EQ(d.MaxLength(), r.length.max);
+    EXPECT_EQ(d.Precision(), r.precision.def);
+    EXPECT_EQ(d.MinPrecision(), r.precision.min);
+    EXPECT_EQ(d.MaxPrecision(), r.precision.max);
+    EXPECT_EQ(d.DecimalPlaces(), r.decimals.def);
+    EXPECT_EQ(d.MinDecimalPlaces(), r.decimals.min);
+    EXPECT_EQ(d.MaxDecimalPlaces(), r.decimals.max);
+    EXPECT_EQ(d.Scale(), r.scale.def);
+    EXPECT_EQ(d.MinScale(), r.scale.min);
+    EXPECT_EQ(d.MaxScale(), r.scale.max);
+
+    for (const auto& [name, readers] : FlagReaders()) {
+      EXPECT_EQ((d.*readers.first)(), Has(r.meaningful, name)) << "meaningful " << name;
+      EXPECT_EQ((d.*readers.second)(), Has(r.settable, name)) << "settable " << name;
+    }
+
+    const std::string& o = r.other;
+    EXPECT_EQ(d.MSBFirst(), o.find("MSB first") != std::string::npos);
+    EXPECT_EQ(d.Signed(), o.find("signed") != std::string::npos);
+    EXPECT_FALSE(d.VariableLength());
+    EXPECT_TRUE(d.Nulls());
+    EXPECT_EQ(d.PadChar(), o.find("pad char \"0\"") != std::string::npos ? '0' : ' ');
+
+    long v = 0, m = 0;
+    if (FindCode(o, "sign pos", v, m)) {
+      EXPECT_EQ(d.SignPos(), v);
+      EXPECT_EQ(d.SignPosMask(), m);
+    } else {
+      EXPECT_EQ(d.SignPos(), 4);
+      EXPECT_EQ(d.SignPosMask(), 0);
+    }
+    if (FindCode(o, "sign style", v, m)) {
+      EXPECT_EQ(d.SignStyle(), v);
+      EXPECT_EQ(d.SignStyleMask(), m);
+    } else {
+      EXPECT_EQ(d.SignStyle(), 0);
+      EXPECT_EQ(d.SignStyleMask(), 0);
+    }
+    if (o.find("align right (2), align mask 3") != std::string::npos) {
+      EXPECT_EQ(d.Align(), 2);
+      EXPECT_EQ(d.AlignMask(), 3);
+    } else {
+      EXPECT_EQ(d.Align(), 1);
+      EXPECT_EQ(d.AlignMask(), 1);
+    }
+
+    std::string picture = "<null>";
+    size_t p = o.find("picture \"");
+    if (p != std::string::npos) {
+      picture = o.substr(p + 9, o.find('"', p + 9) - p - 9);
+    } else if (o.find("default date-time mask") != std::string::npos) {
+      picture = ZQDateTime::DefaultDateTimeFormat();
+    } else if (o.find("default date mask") != std::string::npos) {
+      picture = ZQDateTime::DefaultDateFormat();
+    } else if (o.find("default time mask") != std::string::npos) {
+      picture = ZQDateTime::DefaultTimeFormat();
+    }
+    EXPECT_EQ(zqtest::Str(d.Picture()), picture);
+
+    // The reset values no row changes.
+    EXPECT_EQ(d.NegType(), 1);
+    EXPECT_EQ(d.NegTypeMask(), 1);
+    EXPECT_EQ(d.DecimalSeparator(), '.');
+    EXPECT_EQ(d.ThousandSeparator(), 0);
+    EXPECT_EQ(d.Usage(), 0);
+    EXPECT_FALSE(d.AutoInc() || d.Currency() || d.Display() || d.RowVersion());
+    EXPECT_EQ(zqtest::Str(d.Alias()), r.name);
+  }
+}
+
+TEST(DatatypeCatalogue, FreshDescriptorPrintsAndReadsBackEqual) {
+  for (const ExpectedRow& r : Rows()) {
+    SCOPED_TRACE(r.name);
+    ZQDType d(static_cast<DATATYPE>(r.value));
+    std::string text = zqtest::PrintOf(d);
+    // Only the always-written clauses appear for a fresh descriptor.
+    char expected[128];
+    std::snprintf(expected, sizeof expected, "'%s;order= %s;length=%ld'", r.name.c_str(),
+                  d.MSBFirst() ? "MSB" : "LSB", r.length.def);
+    EXPECT_EQ(text, expected);
+    zqtest::ExpectSameDescriptor(zqtest::ReadBack(text), d);
+  }
+}
+
+TEST(DatatypeCatalogue, NamesInCatalogueOrder) {
+  const char* const* names = ZQDType::GetAllTypedefs();
+  ASSERT_NE(names, nullptr);
+  size_t i = 0;
+  for (; names[i] != nullptr && i < Rows().size(); ++i) EXPECT_EQ(names[i], Rows()[i].name);
+  EXPECT_EQ(i, Rows().size());
+  EXPECT_EQ(names[i], nullptr);
+  EXPECT_EQ(ZQDType::GetAllTypedefs(), names);
+
+  // Names are found ignoring case; values that are not types read as Text.
+  for (const ExpectedRow& r : Rows()) {
+    std::string upper = r.name;
+    for (char& c : upper) c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+    DATATYPE t;
+    ASSERT_TRUE(ZQDType::TypeByName(upper.c_str(), t)) << upper;
+    EXPECT_EQ(t, r.value);
+  }
+  for (long gap : {13L, 50L, 97L, 99L, 103L, 107L, 111L, 113L, 114L, 118L, 120L, 129L, 134L, 135L,
+                   153L, 161L, 162L, 164L, 166L, 172L, 177L, 200L}) {
+    ZQDType d(static_cast<DATATYPE>(gap));
+    EXPECT_STREQ(d.TypeName(), "Text") << gap;
+    EXPECT_EQ(ZQDType::TypeNameOf(gap), nullptr) << gap;
+  }
+}
+
+TEST(DatatypeCatalogue, AssignmentResetsAndKeepsThePicture) {
+  ZQDType d(ZQDT_PACKED);
+  d.Usage(3);
+  d.AutoInc(true);
+  d.Alias("cust-amount");
+  d.Picture("#,##0.00");
+  d = static_cast<DATATYPE>(200);
+  EXPECT_EQ(d.Type(), 200);
+  EXPECT_EQ(d.GenericType(), ZQDT_TEXT);
+  EXPECT_EQ(d.SettableFlags(), 0u);
+  EXPECT_EQ(d.MeaningfulFlags(), 0u);
+  EXPECT_FALSE(d.Signed() || d.MSBFirst() || d.VariableLength() || d.AutoInc());
+  EXPECT_EQ(d.Usage(), 0);
+  EXPECT_EQ(d.Length(), 0);
+  EXPECT_EQ(d.MaxPrecision(), 0);
+  EXPECT_EQ(d.SignPos(), 4);
+  EXPECT_STREQ(d.Alias(), "Text");
+  // A user's picture survives a change of type unless the row brings one.
+  EXPECT_STREQ(d.Picture(), "#,##0.00");
+  d = ZQDT_INTEGER;
+  EXPECT_STREQ(d.Picture(), "#,##0.00");
+  d = ZQDT_NAME;
+  EXPECT_STREQ(d.Picture(), "h f mi l t");
+
+  ZQDType u(ZQDT_UNION);
+  EXPECT_EQ(u.GenericType(), ZQDT_STRUCTURE);
+  EXPECT_EQ(u.MeaningfulFlags(), 0u);
+  EXPECT_EQ(u.SettableFlags(), 0u);
+  EXPECT_EQ(ZQDType().Picture(), nullptr);
+  EXPECT_EQ(ZQDType().Type(), ZQDT_TEXT);
+
+  // Comparison looks at the type only.
+  ZQDType a(ZQDT_TEXT), b(ZQDT_TEXT);
+  b.Length(99);
+  EXPECT_TRUE(a == b);
+  EXPECT_TRUE(a == ZQDT_TEXT);
+  EXPECT_TRUE(a != ZQDType(ZQDT_MEMO));
+}
+
+TEST(DatatypeCatalogue, AliasRegistry) {
+  ZQDType d(ZQDT_COMP3);
+  d.Alias("balance");
+  EXPECT_STREQ(d.Alias(), "balance");
+  ZQDType e(ZQDT_TEXT);
+  e.Alias("balance");
+  EXPECT_EQ(d.Alias(), e.Alias());  // one registry entry, one text
+  d.Alias("");
+  EXPECT_STREQ(d.Alias(), "Comp-3");
+  e.Alias(nullptr);
+  EXPECT_STREQ(e.Alias(), "Text");
+}
+
+struct CodeRow {
+  long value;
+  const char* key;
+  const char* text;
+};
+
+TEST(DatatypeCatalogue, CodeTables) {
+  const CodeRow styles[] = {{1, "ibm", "IBM"},
+                            {2, "mfcobol", "Micro Focus"},
+                            {4, "wang", "Wang"},
+                            {8, "unisys", "UniSys"},
+                            {16, "rmcobol", "Ryand McFarland"},
+                            {32, "cr", "Credit/Debit [123CR/123DB]"},
+                            {64, "db", "Credit/Debit [123DB/123CR]"},
+                            {128, "parens", "Negative values in parens [(123)/123]"},
+                            {256, "angle", "Negative values in angle brackets [<123>/123]"},
+                            {512, "separate", "Sign separate [-123/123]"},
+                            {1024, "acucobol", "Acucobol-85"}};
+  const CodeRow types[] = {{1, "normal", "Leading sign [-123/123]"},
+                           {2, "mlast", "Trailing sign [123-/123]"},
+                           {4, "cr", "Credit/Debit [123CR/123DB]"},
+                           {8, "db", "Credit/Debit [123DB/123CR]"},
+                           {16, "parens", "Negative values in parens [(123)/123]"},
+                           {32, "angle", "Negative values in angle brackets [<123>/123]"}};
+  const CodeRow positions[] = {{1, "osfirst", "Leading"},
+                               {2, "oslast", "Trailing"},
+                               {4, "first", "Leading Separate"},
+                               {8, "last", "Trailing Separate"},
+                               {16, "none", "None"}};
+  const CodeRow aligns[] = {{1, "left", "Left"},
+                            {2, "right", "Right"},
+                            {4, "center", "Center"},
+                            {8, "decimal", "Decimal"},
+                            {16, "general", "General"}};
+  struct Table {
+    const CodeRow* rows;
+    size_t n;
+    long (*to_value)(const char*);
+    const char* (*to_text)(long, bool);
+  };
+  const Table tables[] = {
+      {styles, 11, &ZQDType::CharToNegstyle, &ZQDType::NegstyleToChar},
+      {types, 6, &ZQDType::CharToNegtype, &ZQDType::NegtypeToChar},
+      {positions, 5, &ZQDType::CharToNegpos, &ZQDType::NegposToChar},
+      {aligns, 5, &ZQDType::CharToAlign, &ZQDType::AlignToChar},
+  };
+  for (const Table& t : tables) {
+    for (size_t i = 0; i < t.n; ++i) {
+      const CodeRow& r = t.rows[i];
+      SCOPED_TRACE(r.key);
+      EXPECT_EQ(t.to_value(r.key), r.value);
+      EXPECT_EQ(t.to_value(r.text), r.value);
+      std::string upper = r.key;
+      for (char& c : upper) c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+      EXPECT_EQ(t.to_value(upper.c_str()), r.value);
+      EXPECT_STREQ(t.to_text(r.value, false), r.key);
+      EXPECT_STREQ(t.to_text(r.value, true), r.text);
+    }
+    EXPECT_EQ(t.to_value("no such word"), 0);
+    EXPECT_EQ(t.to_value(nullptr), 0);
+    EXPECT_EQ(t.to_text(3, false), nullptr);
+    EXPECT_EQ(t.to_text(0, true), nullptr);
+  }
+}
+
+}  // namespace

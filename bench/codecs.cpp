@@ -1,0 +1,245 @@
+// Packed, zoned and binary fields decoded and encoded through the conversion
+// engine (double and exact-decimal forms), against the same conversions by
+// GnuCOBOL's runtime (a MOVE to and from a numeric-edited item), on the same
+// 1,000,000 values. Prints ns per field and the speed ratio.
+#include <benchmark/benchmark.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "zq/decimal.h"
+#include "zq/dtype.h"
+#include "zq/zqstring.h"
+
+namespace {
+
+constexpr int kValues = 1000000;
+// The COBOL program converts every value this many times, so that the
+// conversions outweigh loading the file.
+constexpr int kCobolPasses = 10;
+
+// One record per value: PIC S9(7)V99 as COMP-3 (5 bytes), as DISPLAY with a
+// trailing overpunch (9 bytes) and as big-endian BINARY (4 bytes).
+constexpr int kPackLen = 5;
+constexpr int kZoneLen = 9;
+constexpr int kBinLen = 4;
+constexpr int kRecLen = kPackLen + kZoneLen + kBinLen;
+
+struct Data {
+  std::vector<double> values;
+  std::vector<ZQDecimal> decimals;
+  ZQString records;
+  ZQDType pack{ZQDT_COMP3};
+  ZQDType zone{ZQDT_ZONED};
+  ZQDType bin{ZQDT_COMP};
+
+  Data() {
+    pack.Length(kPackLen);
+    pack.Scale(2);
+    zone.Length(kZoneLen);
+    zone.Scale(2);
+    bin.Length(kBinLen);
+    bin.Scale(2);
+    std::mt19937_64 rng(42);
+    values.reserve(kValues);
+    decimals.reserve(kValues);
+    records.Allocate(static_cast<long>(kValues) * kRecLen + 16);
+    for (int i = 0; i < kValues; ++i) {
+      const long cents = static_cast<long>(rng() % 1999999999ull) - 999999999L;
+      char text[32];
+      snprintf(text, sizeof(text), "%ld.%02ld", cents / 100, labs(cents % 100));
+      if (cents < 0 && cents > -100) snprintf(text, sizeof(text), "-0.%02ld", -cents);
+      values.push_back(cents / 100.0);
+      decimals.emplace_back(text);
+      pack.Output(records, ZQDecimal(text));
+      zone.Output(records, ZQDecimal(text));
+      bin.Output(records, ZQDecimal(text));
+    }
+  }
+};
+
+Data& Shared() {
+  static Data d;
+  return d;
+}
+
+enum Field { kPack, kZone, kBin };
+
+const ZQDType& TypeOf(Data& d, Field f) {
+  return f == kPack ? d.pack : f == kZone ? d.zone : d.bin;
+}
+
+long OffsetOf(Field f) { return f == kPack ? 0 : f == kZone ? kPackLen : kPackLen + kZoneLen; }
+
+double DecodeDouble(Field f) {
+  Data& d = Shared();
+  const ZQDType& t = TypeOf(d, f);
+  double sum = 0;
+  for (long i = 0, off = OffsetOf(f); i < kValues; ++i, off += kRecLen) {
+    double v;
+    t.Input(d.records, off, v);
+    sum += v;
+  }
+  return sum;
+}
+
+double DecodeDecimal(Field f) {
+  Data& d = Shared();
+  const ZQDType& t = TypeOf(d, f);
+  double sum = 0;
+  for (long i = 0, off = OffsetOf(f); i < kValues; ++i, off += kRecLen) {
+    ZQDecimal v;
+    t.Input(d.records, off, v);
+    sum += v.IsNeg();
+  }
+  return sum;
+}
+
+long EncodeDouble(Field f) {
+  Data& d = Shared();
+  const ZQDType& t = TypeOf(d, f);
+  ZQString out;
+  out.Allocate(kValues * 10);
+  for (int i = 0; i < kValues; ++i) t.Output(out, d.values[i]);
+  return out.length();
+}
+
+long EncodeDecimal(Field f) {
+  Data& d = Shared();
+  const ZQDType& t = TypeOf(d, f);
+  ZQString out;
+  out.Allocate(kValues * 10);
+  for (int i = 0; i < kValues; ++i) t.Output(out, d.decimals[i]);
+  return out.length();
+}
+
+void BM_Decode(benchmark::State& state) {
+  const Field f = static_cast<Field>(state.range(0));
+  const bool dec = state.range(1) != 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(dec ? DecodeDecimal(f) : DecodeDouble(f));
+  }
+  state.SetItemsProcessed(state.iterations() * kValues);
+}
+
+void BM_Encode(benchmark::State& state) {
+  const Field f = static_cast<Field>(state.range(0));
+  const bool dec = state.range(1) != 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(dec ? EncodeDecimal(f) : EncodeDouble(f));
+  }
+  state.SetItemsProcessed(state.iterations() * kValues);
+}
+
+void FieldArgs(benchmark::internal::Benchmark* b) {
+  b->ArgNames({"field", "decimal"});
+  for (int f = 0; f < 3; ++f) {
+    for (int dec = 0; dec < 2; ++dec) b->Args({f, dec});
+  }
+  b->Unit(benchmark::kMillisecond)->Iterations(3);
+}
+
+BENCHMARK(BM_Decode)->Apply(FieldArgs);
+BENCHMARK(BM_Encode)->Apply(FieldArgs);
+
+// Best of three: seconds taken by `fn`.
+template <typename Fn>
+double Seconds(Fn fn) {
+  double best = 1e30;
+  for (int r = 0; r < 3; ++r) {
+    const auto t0 = std::chrono::steady_clock::now();
+    fn();
+    const auto t1 = std::chrono::steady_clock::now();
+    const double s = std::chrono::duration<double>(t1 - t0).count();
+    if (s < best) best = s;
+  }
+  return best;
+}
+
+// Runs the COBOL program on the records in a scratch folder.
+class CobolRun {
+ public:
+  explicit CobolRun(const std::string& exe) : exe_(exe) {
+    char tmpl[] = "/tmp/zq_bench_XXXXXX";
+    if (mkdtemp(tmpl) != nullptr) dir_ = tmpl;
+    const std::string path = dir_ + "/bench.bin";
+    FILE* f = fopen(path.c_str(), "wb");
+    if (f != nullptr) {
+      const ZQString& r = Shared().records;
+      fwrite(r.c_str(), 1, r.length(), f);
+      fclose(f);
+    }
+  }
+  ~CobolRun() {
+    if (!dir_.empty()) {
+      const std::string cmd = "rm -rf '" + dir_ + "'";
+      if (system(cmd.c_str()) != 0) perror("rm");
+    }
+  }
+  bool ok() const { return !dir_.empty(); }
+  double Time(const std::string& mode) {
+    const std::string cmd = "cd '" + dir_ + "' && '" + exe_ + "' " + mode + " >/dev/null";
+    return Seconds([&] {
+      if (system(cmd.c_str()) != 0) fprintf(stderr, "cobol run failed: %s\n", mode.c_str());
+    });
+  }
+
+ private:
+  std::string exe_;
+  std::string dir_;
+};
+
+void Report() {
+  const char* names[] = {"packed", "zoned", "binary"};
+  const char* modes[] = {"pack", "zone", "bin"};
+  std::string exe;
+#ifdef ZQ_COBOL_BENCH
+  exe = ZQ_COBOL_BENCH;
+#endif
+  const bool have_cobol = !exe.empty() && access(exe.c_str(), X_OK) == 0;
+  CobolRun cobol(have_cobol ? exe : "");
+  const double base = have_cobol && cobol.ok() ? cobol.Time("load") : 0;
+  printf("\n%-8s %-7s %12s %12s %12s %10s %10s\n", "field", "op", "ns(double)",
+         "ns(decimal)", "ns(COBOL)", "x(double)", "x(decimal)");
+  for (int f = 0; f < 3; ++f) {
+    for (int op = 0; op < 2; ++op) {
+      const Field fd = static_cast<Field>(f);
+      const double ns_d = 1e9 / kValues * Seconds([&] {
+        benchmark::DoNotOptimize(op == 0 ? DecodeDouble(fd) : EncodeDouble(fd));
+      });
+      const double ns_x = 1e9 / kValues * Seconds([&] {
+        benchmark::DoNotOptimize(op == 0 ? DecodeDecimal(fd) : EncodeDecimal(fd));
+      });
+      double ns_c = 0;
+      if (have_cobol && cobol.ok()) {
+        const std::string mode = std::string(modes[f]) + (op == 0 ? "-decode" : "-encode");
+        ns_c = (cobol.Time(mode) - base) * 1e9 / (kValues * kCobolPasses);
+      }
+      if (ns_c > 0) {
+        printf("%-8s %-7s %12.1f %12.1f %12.1f %10.2f %10.2f\n", names[f],
+               op == 0 ? "decode" : "encode", ns_d, ns_x, ns_c, ns_c / ns_d, ns_c / ns_x);
+      } else {
+        printf("%-8s %-7s %12.1f %12.1f %12s %10s %10s\n", names[f],
+               op == 0 ? "decode" : "encode", ns_d, ns_x, "n/a", "-", "-");
+      }
+    }
+  }
+  printf("(x = GnuCOBOL's time per field divided by ours; the target is 2 or more)\n");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  Report();
+  benchmark::Shutdown();
+  return 0;
+}

@@ -13,6 +13,10 @@ The output is a C++ header defining, inside namespace NAMESPACE:
   kRevIndex[256]     page of kRevPage holding units with this high byte;
   kRevPage[][256]    bytes of each unit (lead << 8 | trail for two bytes),
                      0 when the unit has no form (unit 0 is byte 0).
+Each byte sequence and each unit is converted on its own, so a code page
+whose iconv decoder combines a letter with a following mark (CP1255,
+CP1258) maps every byte to its own unit, and precomposed letters that iconv
+encodes as letter plus mark have no form here.
 --own-values maps the bytes the code page leaves unassigned to the unit of
 the same value, in both directions.
 """

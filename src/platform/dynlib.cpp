@@ -63,6 +63,17 @@ void* FindSymbol(void* library, const char* name) {
   return ::dlsym(library, name);
 }
 
+std::string DirectoryOfAddress(const void* address) {
+  Dl_info info;
+  if (address == nullptr || ::dladdr(address, &info) == 0 || info.dli_fname == nullptr) {
+    return std::string();
+  }
+  std::string path = info.dli_fname;
+  std::string::size_type slash = path.rfind('/');
+  if (slash == std::string::npos) return std::string();
+  return path.substr(0, slash == 0 ? 1 : slash);
+}
+
 void FreeLibrary(void* library) {
   if (library != nullptr) ::dlclose(library);
 }

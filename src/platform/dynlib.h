@@ -34,6 +34,10 @@ void* FindSymbol(void* library, const char* name);
 // Releases one load of `library`; null is ignored.
 void FreeLibrary(void* library);
 
+// Folder of the loaded object (library or program) that holds `address`,
+// without a trailing slash; empty when the address belongs to none.
+std::string DirectoryOfAddress(const void* address);
+
 // Classifies the loader's message for a failed load of `name`.
 LoadFailure ClassifyLoadFailure(const char* name, const std::string& text);
 

@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 #include <string>
+
+#include <ace/Guard_T.h>
+#include <ace/Thread_Mutex.h>
 
 #include "platform/dynlib.h"
 #include "platform/locale.h"
@@ -190,13 +192,28 @@ CodeSet g_code_sets[kCodeSets] = {
     {"cp950", {0}, {}, {0}},
 };
 
-std::mutex g_load_mutex;
+// Guards the loading of modules, so that a code set is tried only once
+// even when several threads use it first at the same time.
+ACE_Thread_Mutex& LoadMutex() {
+  static ACE_Thread_Mutex mutex;
+  return mutex;
+}
 
+// Loads "zqenc<word>.so": by bare name through the loader's search path,
+// then from the runtime's own folder (what its RUNPATH $ORIGIN means, for
+// when the loader does not see the runtime as the caller, as under
+// sanitizers that wrap dlopen), then from the option block's library folder.
 void* LoadModule(const char* word) {
-  char name[300];
+  char name[512];
   std::snprintf(name, sizeof(name), "zqenc%s.so", word);
   void* library = zq::platform::LoadLibrary(name, nullptr);
   if (library != nullptr) return library;
+  std::string own = zq::platform::DirectoryOfAddress(reinterpret_cast<const void*>(&LoadModule));
+  if (!own.empty()) {
+    std::snprintf(name, sizeof(name), "%s/zqenc%s.so", own.c_str(), word);
+    library = zq::platform::LoadLibrary(name, nullptr);
+    if (library != nullptr) return library;
+  }
   const ZQOptionBlock* options = ZQOptionBlock::GlobalOptions();
   const char* dir = options != nullptr ? options->LibDir() : nullptr;
   if (dir == nullptr || *dir == '\0') return nullptr;
@@ -207,7 +224,7 @@ void* LoadModule(const char* word) {
 // Loads the module of `cs` (3 to 23) once; later calls see the final state.
 void LoadCodeSet(int cs) {
   CodeSet& entry = g_code_sets[cs];
-  std::lock_guard<std::mutex> lock(g_load_mutex);
+  ACE_Guard<ACE_Thread_Mutex> guard(LoadMutex());
   if (entry.state.load(std::memory_order_relaxed) != 0) return;
   entry.load_attempts.fetch_add(1, std::memory_order_relaxed);
   void* library = LoadModule(entry.module);
@@ -600,8 +617,8 @@ int ZQGlob::MBMaxChars(ZQ_CSET cs) { return For(cs).mbcurmax(); }
 
 void ZQGlob::SetLocale() {
   if (g_locale_done.load(std::memory_order_acquire)) return;
-  static std::mutex mutex;
-  std::lock_guard<std::mutex> lock(mutex);
+  static ACE_Thread_Mutex mutex;
+  ACE_Guard<ACE_Thread_Mutex> guard(mutex);
   if (g_locale_done.load(std::memory_order_relaxed)) return;
   // The user's default locale is the environment's; its English language
   // name picks the code set of the user's language.

@@ -50,7 +50,10 @@ TEST(DynLib, LoadsAndResolves) {
   void* lib = zq::platform::LoadLibrary(path.c_str(), &error);
   ASSERT_NE(lib, nullptr) << error.text;
   EXPECT_EQ(error.failure, LoadFailure::kNone);
-  EXPECT_NE(zq::platform::FindSymbol(lib, "zq_mbtowc"), nullptr);
+  void* entry = zq::platform::FindSymbol(lib, "zq_mbtowc");
+  ASSERT_NE(entry, nullptr);
+  EXPECT_EQ(zq::platform::DirectoryOfAddress(entry), std::string(ZQ_BINARY_DIR) + "/lib");
+  EXPECT_EQ(zq::platform::DirectoryOfAddress(nullptr), "");
   EXPECT_EQ(zq::platform::FindSymbol(lib, "zq_no_such_entry"), nullptr);
   EXPECT_EQ(zq::platform::FindSymbol(nullptr, "zq_mbtowc"), nullptr);
   // Loaded twice, released twice: the second load gives the same object.

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,8 @@ const ModuleCase kModules[] = {
     {"cp936", "CP936", 2, false},       {"cp949", "CP949", 2, false},
     {"cp950", "CP950", 2, false},
 };
+
+void PrintTo(const ModuleCase& c, std::ostream* os) { *os << c.word; }
 
 // One iconv descriptor answering one complete input at a time.
 class Iconv {

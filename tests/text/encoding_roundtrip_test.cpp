@@ -120,7 +120,7 @@ TEST(EncodingRoundTrip, EveryCharacterOfEveryCodeSet) {
   }
 }
 
-TEST(EncodingRoundTrip, Utf8AndLocale) {
+TEST(EncodingRoundTrip, Utf8Ucs2AndLocale) {
   // UTF-8 of every BMP character but the surrogates.
   U16 all;
   for (unsigned u = 1; u < 0x10000; ++u) {
@@ -142,6 +142,15 @@ TEST(EncodingRoundTrip, Utf8AndLocale) {
   ZQString narrow;
   ASSERT_TRUE(narrow.Assign(wide, ZQ_CSET_UTF8));
   EXPECT_EQ(std::string(narrow.c_str(), narrow.length()), utf8);
+
+  // UCS-2: the narrow form is the units' own bytes.
+  ASSERT_TRUE(wide.Assign(ZQString(reinterpret_cast<const char*>(all.data()),
+                                   static_cast<int>(all.size() * 2)),
+                          ZQ_CSET_UCS2));
+  ASSERT_EQ(U16(wide.c_str(), wide.length()), all);
+  ASSERT_TRUE(narrow.Assign(wide, ZQ_CSET_UCS2));
+  ASSERT_EQ(narrow.length(), static_cast<long>(all.size() * 2));
+  EXPECT_EQ(std::memcmp(narrow.c_str(), all.data(), all.size() * 2), 0);
 
   // The current locale of this process is C: ASCII goes through unchanged.
   std::string ascii;

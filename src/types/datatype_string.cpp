@@ -365,14 +365,11 @@ void ZQDType::ApplyClause(const ZQString& clause) {
   } else if (Is(key, "thsndsep")) {
     ThousandSeparator(static_cast<unsigned char>(value[0L]));
   } else if (Is(key, "length")) {
-    // Print omits the precision exactly when it is the catalogue's, so a
-    // clause that restates the length leaves such a precision alone; the
-    // catalogue pairs that are not in step with their own coupling ("BCD",
-    // "Magic PC Number", "Display sign trailing separate") then read back
-    // as written.
-    int32_t n = ToLong(value);
-    const zq::types::CatalogueRow* row = zq::types::FindRow(type_);
-    if (n != length_ || row == nullptr || precision_ != row->prec_def) Length(n);
+    // Always through the coupling setter, even when the value restates the
+    // length: "BCD", "Magic PC Number" and "Display sign trailing separate"
+    // have catalogue pairs that their own coupling does not keep, so a fresh
+    // one of those reads back with the precision its length implies.
+    Length(ToLong(value));
   } else if (Is(key, "minlength")) {
     min_length_ = ToLong(value);
   } else if (Is(key, "maxlength")) {

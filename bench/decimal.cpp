@@ -1,5 +1,7 @@
 // ZQDecimal parse, print, add and compare against a decimal128 peer on the
 // same random twenty-digit values; prints ns/op and the peer/ZQDecimal ratio.
+#include "zq/decimal.h"
+
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -7,8 +9,6 @@
 #include <random>
 #include <string>
 #include <vector>
-
-#include "zq/decimal.h"
 
 #ifdef ZQ_BENCH_HAVE_BID
 extern "C" {
@@ -32,7 +32,8 @@ const std::vector<std::string>& Texts() {
       std::string d(1, static_cast<char>('1' + rng() % 9));
       for (int k = 1; k < 20; ++k) d += static_cast<char>('0' + rng() % 10);
       int whole = 1 + static_cast<int>(rng() % 12);
-      v.push_back((rng() % 2 ? "-" : "") + d.substr(0, whole) + "." + d.substr(whole));
+      v.push_back((rng() % 2 ? "-" : "") + d.substr(0, whole) + "." +
+                  d.substr(whole));
     }
     return v;
   }();
@@ -110,8 +111,9 @@ void BM_Parse_decimal128(benchmark::State& state) {
   _IDEC_flags flags = 0;
   size_t i = 0;
   for (auto _ : state) {
-    BID_UINT128 d = bid128_from_string(const_cast<char*>(texts[i++ & kMask].c_str()),
-                                       BID_ROUNDING_TO_NEAREST, &flags);
+    BID_UINT128 d =
+        bid128_from_string(const_cast<char*>(texts[i++ & kMask].c_str()),
+                           BID_ROUNDING_TO_NEAREST, &flags);
     benchmark::DoNotOptimize(d);
   }
 }
@@ -147,7 +149,8 @@ void BM_Compare_decimal128(benchmark::State& state) {
   _IDEC_flags flags = 0;
   size_t i = 0;
   for (auto _ : state) {
-    int r = bid128_quiet_greater(values[i & kMask], values[(i + 1) & kMask], &flags);
+    int r = bid128_quiet_greater(values[i & kMask], values[(i + 1) & kMask],
+                                 &flags);
     ++i;
     benchmark::DoNotOptimize(r);
   }
@@ -164,17 +167,19 @@ class RatioReporter : public benchmark::ConsoleReporter {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs) {
       // With repetitions the median stands for the benchmark.
-      bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+      bool median =
+          run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
       if (run.run_type != Run::RT_Iteration && !median) continue;
-      ns_[run.run_name.str()] = run.GetAdjustedCPUTime() *
-                                  benchmark::GetTimeUnitMultiplier(benchmark::kNanosecond) /
-                                  benchmark::GetTimeUnitMultiplier(run.time_unit);
+      ns_[run.run_name.str()] =
+          run.GetAdjustedCPUTime() *
+          benchmark::GetTimeUnitMultiplier(benchmark::kNanosecond) /
+          benchmark::GetTimeUnitMultiplier(run.time_unit);
     }
   }
 
   void PrintRatios() const {
-    std::printf("\n%-10s %14s %14s %10s\n", "operation", "ZQDecimal ns", "decimal128 ns",
-                "ratio");
+    std::printf("\n%-10s %14s %14s %10s\n", "operation", "ZQDecimal ns",
+                "decimal128 ns", "ratio");
     for (const char* op : {"Parse", "Print", "Add", "Compare"}) {
       auto zq = ns_.find(std::string("BM_") + op + "_ZQDecimal");
       auto peer = ns_.find(std::string("BM_") + op + "_decimal128");
@@ -182,8 +187,8 @@ class RatioReporter : public benchmark::ConsoleReporter {
       if (peer == ns_.end()) {
         std::printf("%-10s %14.2f %14s %10s\n", op, zq->second, "-", "-");
       } else {
-        std::printf("%-10s %14.2f %14.2f %9.2fx\n", op, zq->second, peer->second,
-                    peer->second / zq->second);
+        std::printf("%-10s %14.2f %14.2f %9.2fx\n", op, zq->second,
+                    peer->second, peer->second / zq->second);
       }
     }
     std::printf("(ratio = peer time / ZQDecimal time; target 3x or more)\n");

@@ -165,7 +165,8 @@ class ZQ_EXPORT ZQDecimal {
     b = __builtin_bswap64(b);
     if (a != b) return a < b ? -1 : 1;
     unsigned c = static_cast<unsigned>(digits_[8]) << 8 | digits_[9];
-    unsigned d = static_cast<unsigned>(other.digits_[8]) << 8 | other.digits_[9];
+    unsigned d =
+        static_cast<unsigned>(other.digits_[8]) << 8 | other.digits_[9];
     return c < d ? -1 : c > d ? 1 : 0;
   }
 

@@ -39,7 +39,8 @@ inline Digits LoadDigits(const unsigned char* d) {
   uint16_t low;
   std::memcpy(&high, d, 8);
   std::memcpy(&low, d + 8, 2);
-  return static_cast<Digits>(__builtin_bswap64(high)) << 16 | __builtin_bswap16(low);
+  return static_cast<Digits>(__builtin_bswap64(high)) << 16 |
+         __builtin_bswap16(low);
 }
 
 inline void StoreDigits(unsigned char* d, Digits v) {
@@ -49,9 +50,21 @@ inline void StoreDigits(unsigned char* d, Digits v) {
   std::memcpy(d + 8, &low, 2);
 }
 
-// Moves the digits `n` places towards the end, dropping the lowest.
-inline Digits ShiftDigitsRight(Digits v, int n) {
-  return n >= 10 ? 0 : v >> (8 * n);
+// Writes a whole value (digits, sign byte, exponent byte) with one 8-byte and
+// one 4-byte store, so that a following copy of the twelve bytes reads
+// straight from the store buffer. An exponent out of range gives zero.
+inline void WriteValue(void* object, Digits v, unsigned sign, int e) {
+  if (e < -128 || e > 127) {
+    v = 0;
+    sign = 0;
+    e = 0;
+  }
+  uint64_t high = __builtin_bswap64(static_cast<uint64_t>(v >> 16));
+  uint32_t low = __builtin_bswap16(static_cast<uint16_t>(v)) | sign << 16 |
+                 static_cast<uint32_t>(static_cast<uint8_t>(e)) << 24;
+  unsigned char* bytes = static_cast<unsigned char*>(object);
+  std::memcpy(bytes, &high, 8);
+  std::memcpy(bytes + 8, &low, 4);
 }
 
 // Number of leading zero digits of a non-zero value.
@@ -103,22 +116,22 @@ constexpr PairText kPairText;
 
 // 10^n as a double; exact up to 10^22.
 double Pow10(int n) {
-  static const double kExact[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,
-                                  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                  1e12, 1e13, 1e14, 1e15, 1e16, 1e17,
-                                  1e18, 1e19, 1e20, 1e21, 1e22};
+  static const double kExact[] = {
+      1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+      1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
   if (n >= 0 && n <= 22) return kExact[n];
   return std::pow(10.0, n);
 }
 
 }  // namespace
 
+static_assert(sizeof(ZQDecimal) == ZQDecimal::kStoreSize,
+              "a ZQDecimal is its ten digits, sign byte and exponent byte");
+
 ZQDecimal::ZQDecimal(short v) { SetSigned(v); }
 ZQDecimal::ZQDecimal(int v) { SetSigned(v); }
 ZQDecimal::ZQDecimal(long v) { SetSigned(static_cast<int32_t>(v)); }
-ZQDecimal::ZQDecimal(unsigned long v) {
-  SetUnsigned(static_cast<uint32_t>(v));
-}
+ZQDecimal::ZQDecimal(unsigned long v) { SetUnsigned(static_cast<uint32_t>(v)); }
 ZQDecimal::ZQDecimal(double x) { SetDouble(x); }
 ZQDecimal::ZQDecimal(char const* text) { SetText(text); }
 
@@ -238,8 +251,8 @@ void ZQDecimal::SetDigits(char const* d, int count, int point) {
   for (int i = 0; i < count && n < 20; ++i) text[n++] = d[i];
   while (n < 20) text[n++] = '0';
   for (int i = 0; i < 10; ++i) {
-    digits_[i] =
-        static_cast<unsigned char>((text[2 * i] - '0') * 10 + text[2 * i + 1] - '0');
+    digits_[i] = static_cast<unsigned char>((text[2 * i] - '0') * 10 +
+                                            text[2 * i + 1] - '0');
   }
   if (SetExponent(point / 2)) Normalise();
 }
@@ -249,7 +262,7 @@ void ZQDecimal::SetDouble(double x) {
   if (x == 0 || std::isnan(x) || std::isinf(x)) return;
   bool negative = x < 0;
   if (negative) x = -x;
-  // Fifteen significant digits, rounded by the formatter: d.ddddddddddddddde±E.
+  // Fifteen significant digits, rounded by the formatter: d.(14 digits)e±E.
   char text[32];
   std::snprintf(text, sizeof text, "%.14e", x);
   char digits[15];
@@ -280,7 +293,7 @@ bool ZQDecimal::Validate(char const* text) {
 
 void ZQDecimal::SetText(char const* text) {
   Clear();
-  // One pass checks the text as Validate does and finds its parts.
+  // One pass checks the text as Validate does while taking its digits.
   if (text == nullptr) return;
   char const* p = text;
   while (IsBlank(*p)) ++p;
@@ -290,41 +303,42 @@ void ZQDecimal::SetText(char const* text) {
   char const* whole = p;
   while (IsDigit(*p)) ++p;
   int count = static_cast<int>(p - whole);
-  char const* fraction = p;
-  int fraction_count = 0;
+  int exponent = (count + 1) / 2;
+  if (exponent > 127) return;
+
+  // Integer digits in pairs, an odd count with an implied leading zero; pairs
+  // after the tenth only count in the exponent.
+  unsigned char digits[10] = {};
+  int stored = 0;
+  int i = 0;
+  if (count & 1) {
+    digits[stored++] = static_cast<unsigned char>(whole[0] - '0');
+    i = 1;
+  }
+  for (; i < count && stored < 10; i += 2) {
+    digits[stored++] =
+        static_cast<unsigned char>((whole[i] - '0') * 10 + whole[i + 1] - '0');
+  }
   if (*p == '.') {
-    fraction = ++p;
+    ++p;
     if (*p != '\0' && !IsDigit(*p)) return;
-    while (IsDigit(*p)) ++p;
-    fraction_count = static_cast<int>(p - fraction);
+    // Fraction digits in pairs, a last single digit d as d0; pairs beyond the
+    // tenth are dropped, not rounded. The digit after a digit can be read:
+    // at worst it is the terminating zero.
+    while (IsDigit(*p)) {
+      unsigned pair = static_cast<unsigned>(*p - '0') * 10;
+      unsigned next =
+          static_cast<unsigned char>(p[1]) - static_cast<unsigned>('0');
+      bool two = next <= 9;
+      pair += two ? next : 0;
+      if (stored < 10) digits[stored++] = static_cast<unsigned char>(pair);
+      p += two ? 2 : 1;
+    }
   }
   // An exponent marker is invalid, so texts with an exponent yield zero.
   while (IsBlank(*p)) ++p;
   if (*p != '\0') return;
-
-  // Integer digits in pairs, an odd count with an implied leading zero; pairs
-  // after the tenth only count in the exponent.
-  int exponent = (count + 1) / 2;
-  if (exponent > 127) return;
-  int stored = 0;
-  int i = 0;
-  if (count & 1) {
-    digits_[stored++] = static_cast<unsigned char>(whole[0] - '0');
-    i = 1;
-  }
-  for (; i < count && stored < 10; i += 2) {
-    digits_[stored++] =
-        static_cast<unsigned char>((whole[i] - '0') * 10 + whole[i + 1] - '0');
-  }
-  // Fraction digits in pairs, a last single digit d as d0; digits beyond the
-  // tenth pair are dropped, not rounded.
-  for (i = 0; i + 1 < fraction_count && stored < 10; i += 2) {
-    digits_[stored++] = static_cast<unsigned char>((fraction[i] - '0') * 10 +
-                                                   fraction[i + 1] - '0');
-  }
-  if (i < fraction_count && stored < 10) {
-    digits_[stored] = static_cast<unsigned char>((fraction[i] - '0') * 10);
-  }
+  std::memcpy(digits_, digits, sizeof digits);
   exponent_ = static_cast<signed char>(exponent);
   sign_ = negative ? 1 : 0;
 }
@@ -373,12 +387,13 @@ ZQDecimal ZQDecimal::operator-() const {
   return r;
 }
 
+// Adds `other` taken with the sign `other_sign`: magnitudes add on equal
+// signs, else the smaller is subtracted from the larger and the result
+// normalised; `zero_sign` is the sign a zero difference gets.
 void ZQDecimal::Combine(ZQDecimal& other, unsigned char other_sign,
                         bool align_other, unsigned char zero_sign) {
-  // Both the sum and the difference of the magnitudes are computed and one
-  // is selected: the signs of random data defeat branch prediction.
   Digits a = LoadDigits(digits_);
-  Digits b_stored = LoadDigits(other.digits_);
+  Digits b = LoadDigits(other.digits_);
   int ea = exponent_;
   int eb = other.exponent_;
   int e = ea > eb ? ea : eb;
@@ -387,41 +402,29 @@ void ZQDecimal::Combine(ZQDecimal& other, unsigned char other_sign,
   int shift_a = e - ea < 15 ? e - ea : 15;
   int shift_b = e - eb < 15 ? e - eb : 15;
   a >>= 8 * shift_a;
-  Digits b = b_stored >> (8 * shift_b);
-  bool same = sign_ == other_sign;
-
-  // Same signs: the magnitudes add; a carry out of the first digit becomes
-  // the new first digit and the last digit falls off.
-  bool carry;
-  Digits sum = AddDigits(a, b, &carry);
-  Digits carried = sum >> 8 | static_cast<Digits>(1) << 72;
-  sum = carry ? carried : sum;
-  int e_sum = e + (carry ? 1 : 0);
-
+  b >>= 8 * shift_b;
+  if (sign_ == other_sign) {
+    // Same signs: the magnitudes add; a carry out of the first digit
+    // becomes the new first digit and the last digit falls off.
+    bool carry;
+    Digits sum = AddDigits(a, b, &carry);
+    if (carry) sum = sum >> 8 | static_cast<Digits>(1) << 72;
+    // The non-const addition aligns its argument in place.
+    if (align_other && eb < ea) WriteValue(&other, b, other.sign_, ea);
+    WriteValue(this, sum, sign_, e + (carry ? 1 : 0));
+    return;
+  }
   // Opposite signs: the smaller magnitude is taken from the larger and the
   // result normalised; it has the sign of the larger.
   bool swap = b > a;
-  Digits high = swap ? b : a;
-  Digits low = swap ? a : b;
-  Digits diff = SubtractDigits(high, low);
-  int shift = LeadingZeroDigits(diff | 1);
-  diff = (diff << (8 * shift)) & kDigitMask;
-  int e_diff = e - shift;
-  unsigned char sign_diff = swap ? other_sign : sign_;
-  if (!same && diff == 0) {
-    e_diff = 0;
-    sign_diff = zero_sign;
+  Digits diff = swap ? SubtractDigits(b, a) : SubtractDigits(a, b);
+  if (diff == 0) {
+    WriteValue(this, 0, zero_sign, 0);
+    return;
   }
-
-  // The non-const addition aligns its argument in place.
-  bool write_back = align_other && same && eb < ea;
-  StoreDigits(other.digits_, write_back ? b : b_stored);
-  other.exponent_ = static_cast<signed char>(write_back ? ea : eb);
-
-  Digits pick = -static_cast<Digits>(same);
-  StoreDigits(digits_, (sum & pick) | (diff & ~pick));
-  unsigned char sign = same ? sign_ : sign_diff;
-  if (SetExponent(same ? e_sum : e_diff)) sign_ = sign;
+  int shift = LeadingZeroDigits(diff);
+  WriteValue(this, (diff << (8 * shift)) & kDigitMask,
+             swap ? other_sign : sign_, e - shift);
 }
 
 void ZQDecimal::Add(ZQDecimal& other) { Combine(other, other.sign_, true, 0); }
@@ -489,15 +492,15 @@ ZQDecimal& ZQDecimal::Scale(int n) {
     if (d[0] >= 10) {
       // Divide by ten: the low decimal digit of each pair moves down.
       for (int i = 0; i < 10; ++i) {
-        digits_[i] =
-            static_cast<unsigned char>(d[i] / 10 + (i > 0 ? d[i - 1] % 10 * 10 : 0));
+        digits_[i] = static_cast<unsigned char>(
+            d[i] / 10 + (i > 0 ? d[i - 1] % 10 * 10 : 0));
       }
       if (n > 0) ++e;
     } else {
       // Multiply by ten: the high decimal digit of each pair moves up.
       for (int i = 0; i < 10; ++i) {
-        digits_[i] =
-            static_cast<unsigned char>(d[i] % 10 * 10 + (i < 9 ? d[i + 1] / 10 : 0));
+        digits_[i] = static_cast<unsigned char>(d[i] % 10 * 10 +
+                                                (i < 9 ? d[i + 1] / 10 : 0));
       }
       if (n < 0) --e;
     }
@@ -532,28 +535,6 @@ int ZQDecimal::PrintPlain(char* buf, int limit) const {
     length += 1 + 2 * (e < 0 ? -e : 0) + 2 * (last - first + 1) -
               (digits_[last] % 10 == 0 ? 1 : 0);
   }
-  if (limit >= kUnboundedPrintSize && e >= 0 && e <= 10 && length <= limit - 1) {
-    // Common case, written with fixed-size copies: every pair is formatted
-    // once, then the integer and fraction parts are copied whole and the
-    // write position advanced by their true lengths. Nothing goes beyond
-    // the first 43 bytes.
-    char pairs[48];
-    for (int i = 0; i < 10; ++i) {
-      std::memcpy(pairs + 2 * i, kPairText.text + 2 * digits_[i], 2);
-    }
-    std::memset(pairs + 20, '0', 28);
-    char* q = buf + pos;
-    int skip = digits_[0] < 10 ? 1 : 0;
-    std::memcpy(q, pairs + skip, 20);
-    q[0] = e == 0 ? '0' : q[0];
-    q += e == 0 ? 1 : 2 * e - skip;
-    *q = '.';
-    q += fraction ? 1 : 0;
-    std::memcpy(q, pairs + 2 * e, 20);
-    q += fraction ? 2 * (last - e + 1) - (digits_[last] % 10 == 0 ? 1 : 0) : 0;
-    *q = '\0';
-    return static_cast<int>(q - buf);
-  }
   if (length <= limit - 1) {
     // The whole text fits: write it without further checks.
     char* q = buf + pos;
@@ -579,7 +560,8 @@ int ZQDecimal::PrintPlain(char* buf, int limit) const {
         std::memcpy(q, kPairText.text + 2 * digits_[i], 2);
       }
       *q++ = static_cast<char>('0' + digits_[last] / 10);
-      if (digits_[last] % 10 != 0) *q++ = static_cast<char>('0' + digits_[last] % 10);
+      if (digits_[last] % 10 != 0)
+        *q++ = static_cast<char>('0' + digits_[last] % 10);
     }
     *q = '\0';
     return static_cast<int>(q - buf);
@@ -667,8 +649,11 @@ char* ZQDecimal::PrintExp(char* buf, int size) const {
         text[pos++] = static_cast<char>('0' + pair % 10);
       }
     }
+    // The "+" goes with a non-negative printed exponent; "%02d" writes a
+    // negative one as "-1".
     int e = 2 * exponent_ + correction;
-    pos += std::snprintf(text + pos, sizeof text - pos, e >= 0 ? "e+%02d" : "e%02d", e);
+    pos += std::snprintf(text + pos, sizeof text - pos,
+                         e >= 0 ? "e+%02d" : "e%02d", e);
     if (pos <= limit - 1) {
       std::memcpy(buf, text, pos + 1);
       return buf;
@@ -693,5 +678,6 @@ void ZQDecimal::Load(char const* in) {
   }
   std::memcpy(digits_, in + 1, sizeof digits_);
   sign_ = in[0] == 0 ? 1 : 0;
-  exponent_ = static_cast<signed char>(static_cast<unsigned char>(in[11]) ^ 0x80);
+  exponent_ =
+      static_cast<signed char>(static_cast<unsigned char>(in[11]) ^ 0x80);
 }

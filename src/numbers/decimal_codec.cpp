@@ -85,7 +85,8 @@ int ZQDecimal::PutPack(ZQString& out, ZQDType const& type) const {
   long nibbles = 2 * length;
   std::string nib(static_cast<size_t>(nibbles), '\0');
   long digit_count = nibbles;  // digits fill nibbles [0, digit_count)
-  bool trailing = sign_pos == kSignTrailing || sign_pos == kSignTrailingSeparate;
+  bool trailing =
+      sign_pos == kSignTrailing || sign_pos == kSignTrailingSeparate;
   if (trailing) {
     digit_count = nibbles - 1;
     if (!type.Signed()) {
@@ -124,9 +125,7 @@ int ZQDecimal::GetPack(ZQString const& in, int offset, ZQDType const& type) {
   const unsigned char* b =
       reinterpret_cast<const unsigned char*>(in.c_str()) + offset;
   long nibbles = 2 * length;
-  auto nibble = [&](long i) {
-    return i & 1 ? b[i / 2] & 0x0F : b[i / 2] >> 4;
-  };
+  auto nibble = [&](long i) { return i & 1 ? b[i / 2] & 0x0F : b[i / 2] >> 4; };
   long sign_pos = type.SignPos();
   long style = type.SignStyle();
   long first = 0;
@@ -157,7 +156,8 @@ int ZQDecimal::GetPack(ZQString const& in, int offset, ZQDType const& type) {
   // the right.
   long point = static_cast<long>(digits.size()) - type.Scale();
   if (point < -256 || point > 256) return static_cast<int>(length);
-  SetDigits(digits.data(), static_cast<int>(digits.size()), static_cast<int>(point));
+  SetDigits(digits.data(), static_cast<int>(digits.size()),
+            static_cast<int>(point));
   if (!DigitsZero()) sign_ = negative ? 1 : 0;
   return static_cast<int>(length);
 }

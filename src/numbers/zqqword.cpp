@@ -1,11 +1,10 @@
 // ZQQuadWord: a signed 64-bit integer value.
-#include "zq/quadword.h"
-
 #include <cinttypes>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 
+#include "zq/quadword.h"
 #include "zq/wsfmt.h"
 
 namespace {
@@ -75,9 +74,9 @@ ZQQuadWord::operator short() const {
 ZQQuadWord::operator double() const { return static_cast<double>(value_); }
 
 void ZQQuadWord::operator+=(long v) {
-  value_ = static_cast<int64_t>(static_cast<uint64_t>(value_) +
-                                static_cast<uint64_t>(static_cast<int64_t>(
-                                    static_cast<int32_t>(v))));
+  value_ = static_cast<int64_t>(
+      static_cast<uint64_t>(value_) +
+      static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(v))));
 }
 
 void ZQQuadWord::operator+=(ZQQuadWord const& other) {
@@ -86,9 +85,9 @@ void ZQQuadWord::operator+=(ZQQuadWord const& other) {
 }
 
 void ZQQuadWord::operator*=(long v) {
-  value_ = static_cast<int64_t>(static_cast<uint64_t>(value_) *
-                                static_cast<uint64_t>(static_cast<int64_t>(
-                                    static_cast<int32_t>(v))));
+  value_ = static_cast<int64_t>(
+      static_cast<uint64_t>(value_) *
+      static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(v))));
 }
 
 char* ZQQuadWord::Print(char* buf) const {

@@ -41,14 +41,14 @@ TEST(DecimalValidate, Grammar) {
     const char* text;
     bool valid;
   } cases[] = {
-      {"0", true},          {"12.5", true},     {".", true},
-      {".5", true},         {"5.", true},       {"-.", true},
-      {" \t+7.25 \n", true}, {"-0.05", true},   {"", false},
-      {"-", false},         {"+", false},       {"   ", false},
-      {"5. ", false},       {"..5", false},     {"1.2.3", false},
-      {"1 2", false},       {"--5", false},     {"0x10", false},
-      {"1,5", false},       {"1e3", false},     {"-2.5E-1", false},
-      {"1e", false},        {".e1", false},     {"12a", false},
+      {"0", true},           {"12.5", true},  {".", true},
+      {".5", true},          {"5.", true},    {"-.", true},
+      {" \t+7.25 \n", true}, {"-0.05", true}, {"", false},
+      {"-", false},          {"+", false},    {"   ", false},
+      {"5. ", false},        {"..5", false},  {"1.2.3", false},
+      {"1 2", false},        {"--5", false},  {"0x10", false},
+      {"1,5", false},        {"1e3", false},  {"-2.5E-1", false},
+      {"1e", false},         {".e1", false},  {"12a", false},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(ZQDecimal::Validate(c.text), c.valid) << '"' << c.text << '"';
@@ -131,11 +131,12 @@ TEST(DecimalText, IntegerAndDoubleConstructors) {
       {-2.5, "-2.5", "2,50", 1},
       {0.1, "0.1", "10", 0},
       {1.0 / 3, "0.333333333333333", "33,33,33,33,33,33,33,30", 0},
-      {123456789012345678.0, "123456789012346000", "12,34,56,78,90,12,34,60", 9},
+      {123456789012345678.0, "123456789012346000", "12,34,56,78,90,12,34,60",
+       9},
       {0.0, "0", "0", 0},
       {std::nan(""), "0", "0", 0},
       {std::numeric_limits<double>::infinity(), "0", "0", 0},
-      {1e300, "0", "0", 0},   // exponent beyond the exponent byte
+      {1e300, "0", "0", 0},  // exponent beyond the exponent byte
       {1e-300, "0", "0", 0},
   };
   for (const DoubleCase& c : doubles) {
@@ -270,11 +271,20 @@ TEST(DecimalScale, PowersOfTen) {
     int n;
     const char* result;
   } cases[] = {
-      {"5", 1, "50"},          {"5", -1, "0.5"},       {"50", 1, "500"},
-      {"50", -1, "5"},         {"5", 3, "5000"},       {"5", -3, "0.005"},
-      {"5", 2, "500"},         {"1234.5", 2, "123450"}, {"1234.5", -2, "12.345"},
-      {"1234.5", 1, "12345"},  {"1234.5", -1, "123.45"}, {"-12.34", 1, "-123.4"},
-      {"0", 5, "0"},           {"7", -7, "0.0000007"},
+      {"5", 1, "50"},
+      {"5", -1, "0.5"},
+      {"50", 1, "500"},
+      {"50", -1, "5"},
+      {"5", 3, "5000"},
+      {"5", -3, "0.005"},
+      {"5", 2, "500"},
+      {"1234.5", 2, "123450"},
+      {"1234.5", -2, "12.345"},
+      {"1234.5", 1, "12345"},
+      {"1234.5", -1, "123.45"},
+      {"-12.34", 1, "-123.4"},
+      {"0", 5, "0"},
+      {"7", -7, "0.0000007"},
       // Dividing by ten drops the last decimal digit of a full value.
       {"12345678901234567891", -1, "1234567890123456789"},
   };
@@ -316,9 +326,13 @@ TEST(DecimalPrint, ExponentialForm) {
 
 TEST(DecimalPrint, NeverWritesPastTheBuffer) {
   const ZQDecimal values[] = {
-      ZQDecimal("-12345678901234567890123"), ZQDecimal("-0.00000012345678901234567891"),
-      ZQDecimal("-1234567890.1234567891"), ZQDecimal("-5") - ZQDecimal("-5"),
-      ZQDecimal(-1234.5), ZQDecimal(7L).Scale(200), ZQDecimal(7L).Scale(-250),
+      ZQDecimal("-12345678901234567890123"),
+      ZQDecimal("-0.00000012345678901234567891"),
+      ZQDecimal("-1234567890.1234567891"),
+      ZQDecimal("-5") - ZQDecimal("-5"),
+      ZQDecimal(-1234.5),
+      ZQDecimal(7L).Scale(200),
+      ZQDecimal(7L).Scale(-250),
   };
   for (const ZQDecimal& v : values) {
     char full[512];

@@ -43,7 +43,8 @@ std::string Text(ZQDecimal const& d) {
   return d.Print(buf, sizeof buf);
 }
 
-ZQDType Packed(long length, short scale, long sign_pos, long style, bool is_signed) {
+ZQDType Packed(long length, short scale, long sign_pos, long style,
+               bool is_signed) {
   ZQDType t(ZQDT_PACKED);
   t.MinLength(0);
   t.MaxLength(64);
@@ -68,24 +69,24 @@ TEST(DecimalPacked, Layouts) {
     const char* bytes;
   } cases[] = {
       {"-123", 2, 0, 2, 1, true, "12 3D"},
-      {"123", 2, 0, 2, 16, true, "12 3B"},     // rmcobol
-      {"123", 2, 0, 8, 1024, true, "12 3F"},   // acucobol
-      {"123", 2, 0, 2, 1, true, "12 3C"},      // ibm
-      {"123", 2, 0, 2, 2, true, "12 3C"},      // mfcobol
-      {"-123", 2, 0, 2, 1, false, "12 3F"},    // unsigned: no sign kept
-      {"-45", 2, 0, 1, 2, true, "50 45"},      // leading sign nibble
-      {"45", 2, 0, 4, 2, false, "30 45"},      // leading ignores signedness
-      {"-45", 2, 0, 16, 2, true, "50 45"},     // "none" with another style
-      {"1234", 2, 0, 16, 1024, true, "12 34"}, // "none" with acucobol
-      {"123456", 2, 0, 2, 1, true, "45 6C"},   // high digits dropped
+      {"123", 2, 0, 2, 16, true, "12 3B"},      // rmcobol
+      {"123", 2, 0, 8, 1024, true, "12 3F"},    // acucobol
+      {"123", 2, 0, 2, 1, true, "12 3C"},       // ibm
+      {"123", 2, 0, 2, 2, true, "12 3C"},       // mfcobol
+      {"-123", 2, 0, 2, 1, false, "12 3F"},     // unsigned: no sign kept
+      {"-45", 2, 0, 1, 2, true, "50 45"},       // leading sign nibble
+      {"45", 2, 0, 4, 2, false, "30 45"},       // leading ignores signedness
+      {"-45", 2, 0, 16, 2, true, "50 45"},      // "none" with another style
+      {"1234", 2, 0, 16, 1024, true, "12 34"},  // "none" with acucobol
+      {"123456", 2, 0, 2, 1, true, "45 6C"},    // high digits dropped
       {"123.45", 4, 2, 2, 1, true, "00 12 34 5C"},
       {"123.456", 4, 2, 2, 1, true, "00 12 34 6C"},  // rounded
-      {"2.5", 2, 0, 2, 1, true, "00 2C"},      // ties to even, as "%.0f"
+      {"2.5", 2, 0, 2, 1, true, "00 2C"},            // ties to even, as "%.0f"
       {"3.5", 2, 0, 2, 1, true, "00 4C"},
       {"2.50001", 2, 0, 2, 1, true, "00 3C"},
-      {"-0.4", 2, 0, 2, 1, true, "00 0D"},     // the sign is taken first
-      {"999.5", 2, 0, 2, 1, true, "00 0C"},    // 1000 does not fit
-      {"12", 3, -1, 2, 1, true, "00 00 1C"},   // negative scale divides
+      {"-0.4", 2, 0, 2, 1, true, "00 0D"},    // the sign is taken first
+      {"999.5", 2, 0, 2, 1, true, "00 0C"},   // 1000 does not fit
+      {"12", 3, -1, 2, 1, true, "00 00 1C"},  // negative scale divides
       {"0.0000000001", 6, 10, 2, 1, true, "00 00 00 00 00 1C"},
       {"12345678901234567890123", 12, 0, 2, 1, true,
        "12 34 56 78 90 12 34 56 78 90 00 0C"},
@@ -112,7 +113,7 @@ TEST(DecimalPacked, Reading) {
     bool is_signed;
     const char* value;
   } cases[] = {
-      {Bytes({0x12, 0x3B}), 0, 2, 1, true, "123"},   // only 0xD is negative
+      {Bytes({0x12, 0x3B}), 0, 2, 1, true, "123"},  // only 0xD is negative
       {Bytes({0x12, 0x3D}), 0, 8, 1, true, "-123"},
       {Bytes({0x12, 0x3F}), 0, 2, 1, false, "123"},  // 0xF ends the digits
       {Bytes({0x12, 0x34}), 0, 2, 1, false, "1234"},
@@ -123,11 +124,12 @@ TEST(DecimalPacked, Reading) {
       {Bytes({0x00, 0x12, 0x34, 0x5C}), 2, 2, 1, true, "123.45"},
       {Bytes({0x00, 0x00, 0x1C}), -1, 2, 1, true, "10"},
       {Bytes({0x00, 0x00, 0x1D}), 12, 2, 1, true, "-0.000000000001"},
-      {Bytes({0x1A, 0x3C}), 0, 2, 1, true, "1"},     // 0xA ends the number
+      {Bytes({0x1A, 0x3C}), 0, 2, 1, true, "1"},  // 0xA ends the number
       {Bytes({0x00, 0x0D}), 0, 2, 1, true, "0"},
   };
   for (const Case& c : cases) {
-    ZQDType t = Packed(c.field.length(), c.scale, c.sign_pos, c.style, c.is_signed);
+    ZQDType t =
+        Packed(c.field.length(), c.scale, c.sign_pos, c.style, c.is_signed);
     ZQString record("ab");
     record += c.field;
     ZQDecimal d(77L);
@@ -167,7 +169,8 @@ TEST(DecimalBinary, Layouts) {
   };
   for (const Case& c : cases) {
     ZQString out;
-    EXPECT_EQ(ZQDecimal(c.value).PutBinary(out, c.length, c.msb_first), c.length);
+    EXPECT_EQ(ZQDecimal(c.value).PutBinary(out, c.length, c.msb_first),
+              c.length);
     EXPECT_EQ(Hex(out), c.bytes) << c.value;
   }
   ZQString out;
@@ -194,14 +197,16 @@ TEST(DecimalBinary, Layouts) {
     ZQString record("z");
     record += r.field;
     ZQDecimal d;
-    EXPECT_EQ(d.GetBinary(record, 1, r.field.length(), r.msb_first, r.is_signed),
-              r.field.length());
+    EXPECT_EQ(
+        d.GetBinary(record, 1, r.field.length(), r.msb_first, r.is_signed),
+        r.field.length());
     EXPECT_EQ(Text(d), r.value);
   }
   ZQDecimal d(5L);
   EXPECT_EQ(d.GetBinary(Bytes({1, 2}), 1, 2, false, true), 0);
   EXPECT_TRUE(d == ZQDecimal());
-  EXPECT_EQ(d.GetBinary(Bytes({1, 2, 3, 4, 5, 6, 7, 8, 9}), 0, 9, false, true), 0);
+  EXPECT_EQ(d.GetBinary(Bytes({1, 2, 3, 4, 5, 6, 7, 8, 9}), 0, 9, false, true),
+            0);
 }
 
 // GnuCOBOL writes records of these fields from the values the test gives it.
@@ -257,16 +262,16 @@ const char kProgram[] = R"(       IDENTIFICATION DIVISION.
 )";
 
 struct Field {
-  int digits;      // digits in the input picture
-  int scale;       // digits after the implied point
+  int digits;  // digits in the input picture
+  int scale;   // digits after the implied point
   bool is_signed;
-  int length;      // stored bytes
+  int length;  // stored bytes
 };
 
 // Field order of the records above.
 const Field kFields[] = {
-    {7, 0, true, 4}, {7, 0, false, 4}, {7, 2, true, 4}, {18, 0, true, 10},
-    {18, 0, true, 8}, {4, 0, true, 2}, {9, 0, false, 4},
+    {7, 0, true, 4},  {7, 0, false, 4}, {7, 2, true, 4},  {18, 0, true, 10},
+    {18, 0, true, 8}, {4, 0, true, 2},  {9, 0, false, 4},
 };
 
 // A random value of the field as its decimal text and its input picture.
@@ -314,7 +319,8 @@ TEST(DecimalCobol, PackedAndBinaryFieldsMatch) {
   std::string cmd = "cd " + dir + " && cobc -x -o gen gen.cob && ./gen";
   ASSERT_EQ(std::system(cmd.c_str()), 0);
   std::ifstream bin(dir + "/out.bin", std::ios::binary);
-  std::string all((std::istreambuf_iterator<char>(bin)), std::istreambuf_iterator<char>());
+  std::string all((std::istreambuf_iterator<char>(bin)),
+                  std::istreambuf_iterator<char>());
   std::system(("rm -rf " + dir).c_str());
 
   int record_length = 0;
@@ -331,13 +337,16 @@ TEST(DecimalCobol, PackedAndBinaryFieldsMatch) {
       ZQDecimal got;
       ZQString written;
       if (i < 4) {
-        ZQDType t = Packed(f.length, static_cast<short>(f.scale), 2, 2, f.is_signed);
+        ZQDType t =
+            Packed(f.length, static_cast<short>(f.scale), 2, 2, f.is_signed);
         ASSERT_EQ(got.GetPack(file, offset, t), f.length);
         want.PutPack(written, t);
       } else {
-        // COMP-5 is stored in the machine's order, BINARY most significant first.
+        // COMP-5 is stored in the machine's order, BINARY most significant
+        // first.
         bool msb = i != 5;
-        ASSERT_EQ(got.GetBinary(file, offset, f.length, msb, f.is_signed), f.length);
+        ASSERT_EQ(got.GetBinary(file, offset, f.length, msb, f.is_signed),
+                  f.length);
         want.PutBinary(written, f.length, msb);
       }
       ASSERT_EQ(Text(got), Text(want)) << "record " << r << " field " << i;

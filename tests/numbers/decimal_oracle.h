@@ -100,14 +100,16 @@ inline std::string ToText(Exact x) {
   i128 m = neg ? -x.m : x.m;
   std::string digits;
   do {
-    digits.insert(digits.begin(), static_cast<char>('0' + static_cast<int>(m % 10)));
+    digits.insert(digits.begin(),
+                  static_cast<char>('0' + static_cast<int>(m % 10)));
     m /= 10;
   } while (m != 0);
   std::string t;
   if (x.s <= 0) {
     t = digits + std::string(-x.s, '0');
   } else if (static_cast<int>(digits.size()) > x.s) {
-    t = digits.substr(0, digits.size() - x.s) + "." + digits.substr(digits.size() - x.s);
+    t = digits.substr(0, digits.size() - x.s) + "." +
+        digits.substr(digits.size() - x.s);
   } else {
     t = "0." + std::string(x.s - digits.size(), '0') + digits;
   }

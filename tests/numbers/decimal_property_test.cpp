@@ -77,8 +77,10 @@ TEST(DecimalProperty, AdditionAndSubtractionMatchTruncatedExactResults) {
   std::mt19937_64 rng(7);
   int lossless = 0;
   for (int n = 0; n < 20000; ++n) {
-    std::string ta = RandomText(rng, Pick(rng, 1, 20), Pick(rng, -1, 13), rng() % 2);
-    std::string tb = RandomText(rng, Pick(rng, 1, 20), Pick(rng, -1, 13), rng() % 2);
+    std::string ta =
+        RandomText(rng, Pick(rng, 1, 20), Pick(rng, -1, 13), rng() % 2);
+    std::string tb =
+        RandomText(rng, Pick(rng, 1, 20), Pick(rng, -1, 13), rng() % 2);
     if (n % 10 == 0) tb = ta;  // equal magnitudes: zero results
     if (n % 20 == 0 && tb[0] != '-') tb = "-" + tb;
     ZQDecimal a(ta.c_str()), b(tb.c_str());
@@ -89,14 +91,16 @@ TEST(DecimalProperty, AdditionAndSubtractionMatchTruncatedExactResults) {
     ZQDecimal sum = a + b;
     ASSERT_TRUE(Equal(FromStore(sum), want_sum)) << ta << " + " << tb;
     int common = xa.s > xb.s ? xa.s : xb.s;
-    Exact exact_sum{xa.m * Pow10(common - xa.s) + xb.m * Pow10(common - xb.s), common};
+    Exact exact_sum{xa.m * Pow10(common - xa.s) + xb.m * Pow10(common - xb.s),
+                    common};
     if (Equal(want_sum, exact_sum)) ++lossless;
 
     Exact neg_b{-xb.m, xb.s};
     Exact want_diff = ModelAdd(xa, ea, neg_b, eb);
     bool negative = false;
     ZQDecimal diff = a - b;
-    ASSERT_TRUE(Equal(FromStore(diff, &negative), want_diff)) << ta << " - " << tb;
+    ASSERT_TRUE(Equal(FromStore(diff, &negative), want_diff))
+        << ta << " - " << tb;
     if (want_diff.m != 0) {
       ASSERT_EQ(negative, want_diff.m < 0) << ta << " - " << tb;
     } else {
@@ -119,9 +123,12 @@ TEST(DecimalProperty, ComparisonAndStoredOrderFollowValues) {
   for (int n = 0; n < 20000; ++n) {
     // Normalised values (a non-zero first pair): texts of at least one
     // integer digit, or doubles.
-    std::string ta = RandomText(rng, Pick(rng, 1, 20), Pick(rng, 1, 12), rng() % 2);
-    std::string tb = n % 7 == 0 ? ta + (ta.find('.') == std::string::npos ? ".00" : "00")
-                                : RandomText(rng, Pick(rng, 1, 20), Pick(rng, 1, 12), rng() % 2);
+    std::string ta =
+        RandomText(rng, Pick(rng, 1, 20), Pick(rng, 1, 12), rng() % 2);
+    std::string tb =
+        n % 7 == 0
+            ? ta + (ta.find('.') == std::string::npos ? ".00" : "00")
+            : RandomText(rng, Pick(rng, 1, 20), Pick(rng, 1, 12), rng() % 2);
     ZQDecimal a(ta.c_str()), b(tb.c_str());
     int want = Compare(FromStore(a), FromStore(b));
     ASSERT_EQ(a > b, want > 0) << ta << " " << tb;
@@ -138,7 +145,8 @@ TEST(DecimalProperty, ComparisonAndStoredOrderFollowValues) {
     pa.Store(sa);
     pb.Store(sb);
     auto key = [](const char* s) {
-      return std::string(s, 1) + std::string(s + 11, 1) + std::string(s + 1, 10);
+      return std::string(s, 1) + std::string(s + 11, 1) +
+             std::string(s + 1, 10);
     };
     int bytes = key(sa).compare(key(sb));
     ASSERT_EQ(sa[0], 1);
@@ -153,7 +161,8 @@ TEST(DecimalProperty, ComparisonAndStoredOrderFollowValues) {
 TEST(DecimalProperty, IntegerConversionsWrapLikeExactArithmetic) {
   std::mt19937_64 rng(3);
   for (int n = 0; n < 10000; ++n) {
-    std::string t = RandomText(rng, Pick(rng, 1, 20), Pick(rng, -2, 23), rng() % 2);
+    std::string t =
+        RandomText(rng, Pick(rng, 1, 20), Pick(rng, -2, 23), rng() % 2);
     ZQDecimal d(t.c_str());
     Exact whole = Trunc(FromStore(d), 0);
     i128 m = whole.m * Pow10(-whole.s);

@@ -1,4 +1,6 @@
 // ZQQuadWord: widths, wrap-around and text.
+#include "zq/quadword.h"
+
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -7,8 +9,6 @@
 #include <cstring>
 #include <random>
 #include <string>
-
-#include "zq/quadword.h"
 
 namespace {
 
@@ -41,7 +41,8 @@ TEST(QuadWord, ConstructionAndWords) {
       {ZQQuadWord(4294967295UL), 4294967295LL, -1, 0},
       // The documented long is 32-bit: the low 32 bits, sign-extended.
       {ZQQuadWord(static_cast<long>(0x180000000LL)), INT32_MIN, INT32_MIN, -1},
-      {ZQQuadWord(static_cast<unsigned long>(0x1FFFFFFFFULL)), 0xFFFFFFFFLL, -1, 0},
+      {ZQQuadWord(static_cast<unsigned long>(0x1FFFFFFFFULL)), 0xFFFFFFFFLL, -1,
+       0},
       {ZQQuadWord(-2.9), -2, -2, -1},
       {ZQQuadWord(1e15 + 0.5), 1000000000000000LL, -1530494976, 232830},
       {ZQQuadWord(std::nan("")), 0, 0, 0},
@@ -86,14 +87,18 @@ TEST(QuadWord, ArithmeticWrapsIn64Bits) {
     int32_t s = static_cast<int32_t>(rng());
     ZQQuadWord q(static_cast<long long>(a));
     q += ZQQuadWord(static_cast<long long>(b));
-    ASSERT_EQ(q.Value(), static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b)));
+    ASSERT_EQ(q.Value(), static_cast<int64_t>(static_cast<uint64_t>(a) +
+                                              static_cast<uint64_t>(b)));
     q = ZQQuadWord(static_cast<long long>(a));
     q += static_cast<long>(s);
-    ASSERT_EQ(q.Value(), static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(static_cast<int64_t>(s))));
+    ASSERT_EQ(q.Value(), static_cast<int64_t>(
+                             static_cast<uint64_t>(a) +
+                             static_cast<uint64_t>(static_cast<int64_t>(s))));
     q = ZQQuadWord(static_cast<long long>(a));
     q *= static_cast<long>(s);
     __int128 product = static_cast<__int128>(a) * s;
-    ASSERT_EQ(q.Value(), static_cast<int64_t>(static_cast<uint64_t>(static_cast<unsigned __int128>(product))));
+    ASSERT_EQ(q.Value(), static_cast<int64_t>(static_cast<uint64_t>(
+                             static_cast<unsigned __int128>(product))));
   }
   // A 64-bit long argument counts with its low 32 bits only.
   ZQQuadWord q(10);

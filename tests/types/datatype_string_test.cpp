@@ -230,10 +230,6 @@ TEST(DatatypeString, BoundClauses) {
 
 // ---- the property test ----------------------------------------------------------
 
-const uint32_t kInvalidBits[] = {ZQP_MSBFIRST, ZQP_SIGNED, ZQP_SCALE,    ZQP_PADCHAR,   ZQP_THSNDSEP,
-                                 ZQP_DECSEP,   ZQP_VARLEN, ZQP_DECIMAL,  ZQP_SIGNSTYLE, ZQP_SIGNPOS,
-                                 ZQP_NEGTYPE,  ZQP_PICTURE, ZQP_LENGTH, ZQP_PRECISION};
-
 using Toggle = bool (ZQDType::*)(bool);
 const Toggle kSettables[] = {
     &ZQDType::MSBFirst_Settable,      &ZQDType::Signed_Settable,

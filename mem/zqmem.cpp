@@ -5,9 +5,11 @@
 // from its never-used tail and keeps freed blocks on its own free list, linked
 // through the header's link word.  Each sub-heap keeps, per class, a list of
 // its chunks that still have room.  A chunk that becomes empty goes back to a
-// small per-instance pool (or to the system) unless it is the first chunk of
+// small per-instance pool (or to the system) unless it is the only chunk of
 // its list, so churn reuses memory instead of growing.  Requests above the
-// largest class are mapped on their own and unmapped when freed.
+// largest class are mapped on their own and unmapped when freed.  In front of
+// the sub-heaps each thread caches a few freed blocks of the small classes, so
+// that most allocations and frees take no lock.
 //
 // Nothing here allocates through malloc or needs a constructor: all state is
 // zero-initialised or lives in memory mapped by the allocator itself.
@@ -41,7 +43,6 @@ constexpr std::size_t kMinBlocksPerChunk = 4;
 constexpr std::size_t kLargeHead = 32;        // descriptor room of a mapped block
 constexpr std::size_t kPageBytes = 4096;
 constexpr unsigned kPoolMax = 32;             // empty standard chunks kept per instance
-constexpr std::uint64_t kMagic = 0x7a713735306d656dULL;
 
 struct Header {
   void* link;
@@ -87,7 +88,6 @@ struct alignas(64) SubHeap {
 }  // namespace
 
 struct zqmem_allocator {
-  std::uint64_t magic;
   zqmem_allocator* next_instance;  // every instance, for the fork handlers
   std::uint32_t pool_lock;
   std::uint32_t pool_count;
@@ -563,7 +563,6 @@ zqmem_allocator* Construct(void* raw) {
   if (!raw) return nullptr;
   zqmem_allocator* a = static_cast<zqmem_allocator*>(raw);
   std::memset(static_cast<void*>(a), 0, sizeof(*a));
-  a->magic = kMagic;
   for (unsigned i = 0; i < ZQMEM_SUBHEAPS; ++i) {
     a->heaps[i].index = i;
     a->heaps[i].owner = a;

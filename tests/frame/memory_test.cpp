@@ -14,7 +14,6 @@
 #include <set>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <ace/OS_NS_string.h>
@@ -210,38 +209,6 @@ TEST(FrameMemory, ZeroSizeErrnoAndNull) {
     errno = 0;
     EXPECT_EQ(api.alloc(SIZE_MAX - 100), nullptr);
     EXPECT_EQ(errno, ENOMEM);
-  }
-}
-
-TEST(FrameMemory, BlocksCrossThreads) {
-  for (const Api& api : Apis()) {
-    SCOPED_TRACE(api.name);
-    // Made here, freed there, and the other way round.
-    std::vector<void*> here, there;
-    for (int i = 0; i < 3000; ++i) {
-      here.push_back(api.alloc(static_cast<size_t>(i % 700)));
-      Fill(here.back(), static_cast<size_t>(i % 700), static_cast<unsigned>(i));
-    }
-    bool intact = true;
-    std::thread([&] {
-      for (size_t i = 0; i < here.size(); ++i) {
-        intact &= Holds(here[i], i % 700, static_cast<unsigned>(i));
-        api.free(here[i]);
-      }
-      for (int i = 0; i < 3000; ++i) there.push_back(api.alloc(64));
-    }).join();
-    EXPECT_TRUE(intact);
-    for (void* p : there) api.free(p);
-    // What the other thread freed serves this one again.
-    std::set<void*> old(here.begin(), here.end());
-    int reused = 0;
-    for (int i = 0; i < 3000; ++i) {
-      void* p = api.alloc(static_cast<size_t>(i % 700));
-      reused += old.count(p) != 0;
-      there[static_cast<size_t>(i)] = p;
-    }
-    EXPECT_GT(reused, 2500);
-    for (void* p : there) api.free(p);
   }
 }
 

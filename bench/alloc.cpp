@@ -55,12 +55,18 @@ void BM_RandomReplace(benchmark::State& state) {
     benchmark::DoNotOptimize(slot);
   }
   for (void* p : live) A::Free(p);
-  state.counters["ops_per_s"] =
-      benchmark::Counter(2.0 * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+  state.counters["ops_per_s"] = benchmark::Counter(
+      2.0 * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
 
-BENCHMARK_TEMPLATE(BM_RandomReplace, Zq)->Name("zq750mem/random_replace")->Threads(2)->UseRealTime();
-BENCHMARK_TEMPLATE(BM_RandomReplace, Glibc)->Name("glibc/random_replace")->Threads(2)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_RandomReplace, Zq)
+    ->Name("zq750mem/random_replace")
+    ->Threads(2)
+    ->UseRealTime();
+BENCHMARK_TEMPLATE(BM_RandomReplace, Glibc)
+    ->Name("glibc/random_replace")
+    ->Threads(2)
+    ->UseRealTime();
 
 // Console output plus the ratio of the two rates at the end: by wall-clock
 // rate (the counter) and by processor time per operation, which a busy

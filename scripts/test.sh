@@ -7,6 +7,7 @@ top=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-"$top/build"}
 shift || true
 jobs=$(nproc)
-cmake -S "$top" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@"
+cmake -S "$top" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DZQ_BUILD_TESTS=ON -DZQ_BUILD_BENCH=ON "$@"
 cmake --build "$build" -j "$jobs"
 ctest --test-dir "$build" --output-on-failure -j "$jobs"

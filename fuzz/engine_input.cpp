@@ -66,8 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   t.DecimalPlaces(static_cast<short>(in.Take(1) % 20));
   const long offset = static_cast<long>(in.Take(1) % 12) - 2;
 
-  const ZQString rec(reinterpret_cast<const char*>(in.rest()),
-                     static_cast<int>(in.left()));
+  const ZQString rec(reinterpret_cast<const char*>(in.rest()), static_cast<int>(in.left()));
   ZQString text;
   short s = 0;
   long l = 0;
@@ -92,7 +91,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
   ZQWString wide;
   for (long i = 0; i < rec.length(); ++i) {
-    const unsigned short u = static_cast<unsigned char>(rec.c_str()[i]) | ((flags & 32) ? 0x100 : 0);
+    const unsigned short u =
+        static_cast<unsigned char>(rec.c_str()[i]) | ((flags & 32) ? 0x100 : 0);
     wide.Append(&u, 1);
   }
   t.GetZone(wide, offset, d);

@@ -58,9 +58,7 @@ int32_t Get3Byte(const uint8_t* p, bool msb_first, bool is_signed) {
   return static_cast<int32_t>(GetBinary(p, 3, msb_first, is_signed));
 }
 
-void Put3Byte(uint8_t* out, int32_t v, bool msb_first) {
-  PutBinary(out, v, 3, msb_first);
-}
+void Put3Byte(uint8_t* out, int32_t v, bool msb_first) { PutBinary(out, v, 3, msb_first); }
 
 int32_t Get4FuBin(const uint8_t* p, bool msb_first) {
   const uint32_t w = static_cast<uint32_t>(GetBinary(p, 4, msb_first, false));

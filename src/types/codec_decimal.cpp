@@ -19,11 +19,16 @@ locale_t CLocale() {
 }
 
 // Powers of ten that a double holds exactly.
-const double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                         1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                         1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+const double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                         1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// "00" to "99", two characters each.
+const char kDigitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
 
 // Writes the decimal digits of `v` into `digits`.
 void WholeToText(uint64_t v, TextBuf* digits) {
@@ -160,8 +165,7 @@ double NumberTextToDouble(const NumberText& t) {
   while (i < n && i < 19 && IsDigit(s[i])) v = v * 10 + (s[i++] - '0');
   if (i > 0 && v <= (uint64_t{1} << 53)) {
     const char next = i < n ? s[i] : 0;
-    if (!IsDigit(next) && next != '.' && next != 'e' && next != 'E' &&
-        next != 'x' && next != 'X') {
+    if (!IsDigit(next) && next != '.' && next != 'e' && next != 'E' && next != 'x' && next != 'X') {
       const double d = static_cast<double>(v);
       return t.neg ? -d : d;
     }
@@ -185,9 +189,9 @@ double Unscale(double v, int scale) {
 
 void FormatWhole(double v, TextBuf* digits) {
   digits->clear();
-  if (v >= 0 && v < 18446744073709551616.0) {
-    // Rounds half to even, as the formatter does under the default mode.
-    WholeToText(static_cast<uint64_t>(std::nearbyint(v)), digits);
+  uint64_t mag;
+  if (WholeMagnitude(v, &mag)) {
+    WholeToText(mag, digits);
     return;
   }
   locale_t old = uselocale(CLocale());
@@ -215,10 +219,9 @@ bool GetPack(const uint8_t* p, const DecimalFormat& f, NumberText* out) {
   const int len = f.length;
   if (len <= 0) return false;
   const int nibbles = 2 * len;
-  int first = 0;            // first digit nibble
-  int last = nibbles;       // one past the last digit nibble
-  const bool trailing = f.sign_pos == kSignTrailing ||
-                        f.sign_pos == kSignTrailingSeparate;
+  int first = 0;       // first digit nibble
+  int last = nibbles;  // one past the last digit nibble
+  const bool trailing = f.sign_pos == kSignTrailing || f.sign_pos == kSignTrailingSeparate;
   if (trailing) {
     if (f.is_signed) {
       last = nibbles - 1;
@@ -246,8 +249,7 @@ bool GetPackWhole(const uint8_t* p, const DecimalFormat& f, int64_t* v) {
   int first = 0;
   int last = nibbles;
   bool neg = false;
-  const bool trailing = f.sign_pos == kSignTrailing ||
-                        f.sign_pos == kSignTrailingSeparate;
+  const bool trailing = f.sign_pos == kSignTrailing || f.sign_pos == kSignTrailingSeparate;
   if (trailing) {
     if (f.is_signed) {
       last = nibbles - 1;
@@ -272,13 +274,11 @@ bool GetPackWhole(const uint8_t* p, const DecimalFormat& f, int64_t* v) {
   return true;
 }
 
-void PutPack(uint8_t* out, const DecimalFormat& f, const char* digits,
-             size_t n, bool neg) {
+void PutPack(uint8_t* out, const DecimalFormat& f, const char* digits, size_t n, bool neg) {
   const int len = f.length;
   if (len <= 0) return;
   std::memset(out, 0, len);
-  const bool trailing = f.sign_pos == kSignTrailing ||
-                        f.sign_pos == kSignTrailingSeparate;
+  const bool trailing = f.sign_pos == kSignTrailing || f.sign_pos == kSignTrailingSeparate;
   int nib = 2 * len - 1;  // the rightmost nibble still free
   if (trailing) {
     int sign;
@@ -305,6 +305,76 @@ void PutPack(uint8_t* out, const DecimalFormat& f, const char* digits,
   }
 }
 
+void PutPack(uint8_t* out, const DecimalFormat& f, uint64_t mag, bool neg) {
+  if (f.length <= 0 || f.length > 10) {
+    char digits[24];
+    int n = 0;
+    char tmp[24];
+    do {
+      tmp[n++] = static_cast<char>('0' + mag % 10);
+      mag /= 10;
+    } while (mag != 0);
+    for (int i = 0; i < n; ++i) digits[i] = tmp[n - 1 - i];
+    PutPack(out, f, digits, n, neg);
+    return;
+  }
+  // Fields of up to 19 digits: two digits a byte straight from the number.
+  const int len = f.length;
+  const bool trailing = f.sign_pos == kSignTrailing || f.sign_pos == kSignTrailingSeparate;
+  int i = len - 1;
+  if (trailing) {
+    int sign;
+    if (!f.is_signed) {
+      sign = 0xF;
+    } else if (neg) {
+      sign = 0xD;
+    } else if (f.sign_style == kStyleRmCobol) {
+      sign = 0xB;
+    } else if (f.sign_style == kStyleAcuCobol) {
+      sign = 0xF;
+    } else {
+      sign = 0xC;
+    }
+    out[i--] = static_cast<uint8_t>((mag % 10) << 4 | sign);
+    mag /= 10;
+  }
+  for (; i >= 0; --i) {
+    const unsigned pair = static_cast<unsigned>(mag % 100);
+    mag /= 100;
+    out[i] = static_cast<uint8_t>((pair / 10) << 4 | (pair % 10));
+  }
+  if (!trailing && !(f.sign_pos == kSignNone && f.sign_style == kStyleAcuCobol)) {
+    out[0] = static_cast<uint8_t>((out[0] & 0x0F) | (neg ? 0x50 : 0x30));
+  }
+}
+
+bool WholeMagnitude(double v, uint64_t* mag) {
+  if (!(v >= 0 && v < 18446744073709551616.0)) return false;
+  // Rounds half to even, as the formatter does under the default mode; below
+  // 2^53 the fraction is exact.
+  uint64_t t = v < 9223372036854775808.0 ? static_cast<uint64_t>(static_cast<int64_t>(v))
+                                         : static_cast<uint64_t>(v);
+  if (v < 9007199254740992.0) {
+    const double frac = v - static_cast<double>(t);
+    if (frac > 0.5 || (frac == 0.5 && (t & 1))) ++t;
+  }
+  *mag = t;
+  return true;
+}
+
+bool NumberTextWhole(const NumberText& t, int64_t* v) {
+  const size_t n = t.text.size();
+  if (n < 1 || n > 18) return false;
+  int64_t r = 0;
+  for (size_t i = 0; i < n; ++i) {
+    const char c = t.text[i];
+    if (c < '0' || c > '9') return false;
+    r = r * 10 + (c - '0');
+  }
+  *v = t.neg ? -r : r;
+  return true;
+}
+
 bool GetBCD(const uint8_t* p, const DecimalFormat& f, NumberText* out) {
   out->text.clear();
   out->neg = false;
@@ -320,8 +390,7 @@ bool GetBCD(const uint8_t* p, const DecimalFormat& f, NumberText* out) {
   return true;
 }
 
-void PutBCD(uint8_t* out, const DecimalFormat& f, const char* digits,
-            size_t n, bool neg) {
+void PutBCD(uint8_t* out, const DecimalFormat& f, const char* digits, size_t n, bool neg) {
   int len = f.length;
   if (len <= 0) return;
   std::memset(out, 0, len);
@@ -335,8 +404,7 @@ void PutBCD(uint8_t* out, const DecimalFormat& f, const char* digits,
   }
 }
 
-bool GetZone(const uint8_t* p, const DecimalFormat& f, NumberText* out,
-             bool* unknown_style) {
+bool GetZone(const uint8_t* p, const DecimalFormat& f, NumberText* out, bool* unknown_style) {
   out->text.clear();
   out->neg = false;
   if (unknown_style != nullptr) *unknown_style = false;
@@ -372,12 +440,11 @@ bool GetZone(const uint8_t* p, const DecimalFormat& f, NumberText* out,
   return true;
 }
 
-void PutZone(uint8_t* out, const DecimalFormat& f, const char* digits,
-             size_t n, bool neg) {
+namespace {
+
+// Pads and signs a zoned field whose digits are in place.
+void FinishZone(char* c, const DecimalFormat& f, bool neg) {
   const int len = f.length;
-  if (len <= 0) return;
-  char* c = reinterpret_cast<char*>(out);
-  RightAlign(c, len, digits, n);
   if (f.pad != 0 && f.pad != '0') {
     for (int i = 0; i + 1 < len && c[i] == '0' && c[i + 1] != '.'; ++i) {
       c[i] = f.pad;
@@ -404,6 +471,67 @@ void PutZone(uint8_t* out, const DecimalFormat& f, const char* digits,
     default:
       break;
   }
+}
+
+}  // namespace
+
+bool GetZoneWhole(const uint8_t* p, const DecimalFormat& f, int64_t* v) {
+  const int len = f.length;
+  if (len < 1 || len > 19 || p[0] == ' ' || p[len - 1] == ' ') return false;
+  char c[20];
+  std::memcpy(c, p, len);
+  int b = 0;
+  int e = len;
+  bool neg = false;
+  if (!f.is_signed) {
+    if (c[0] == '+' || c[0] == '-') b = 1;
+  } else if (f.sign_pos == kSignLeading) {
+    if (!Unpunch(&c[0], &neg, f.sign_style)) return false;
+  } else if (f.sign_pos == kSignTrailing) {
+    Unpunch(&c[len - 1], &neg, f.sign_style);
+  } else if (f.sign_pos == kSignLeadingSeparate) {
+    neg = c[0] == '-';
+    if (c[0] == '+' || c[0] == '-') b = 1;
+  } else if (f.sign_pos == kSignTrailingSeparate) {
+    neg = c[len - 1] == '-';
+    if (c[len - 1] == '+' || c[len - 1] == '-') --e;
+  }
+  if (e - b < 1 || e - b > 18) return false;
+  int64_t r = 0;
+  for (int i = b; i < e; ++i) {
+    if (!IsDigit(c[i])) return false;
+    r = r * 10 + (c[i] - '0');
+  }
+  if (neg && r == 0) return false;  // atof gives -0.0 here
+  *v = neg ? -r : r;
+  return true;
+}
+
+void PutZone(uint8_t* out, const DecimalFormat& f, const char* digits, size_t n, bool neg) {
+  if (f.length <= 0) return;
+  char* c = reinterpret_cast<char*>(out);
+  RightAlign(c, f.length, digits, n);
+  FinishZone(c, f, neg);
+}
+
+void PutZone(uint8_t* out, const DecimalFormat& f, uint64_t mag, bool neg) {
+  if (f.length <= 0) return;
+  char* c = reinterpret_cast<char*>(out);
+  int i = f.length - 1;
+  for (; i >= 0 && mag > 0xFFFFFFFFu; --i) {
+    c[i] = static_cast<char>('0' + mag % 10);
+    mag /= 10;
+  }
+  // The rest fits 32 bits: two digits a step, from a table of pairs.
+  uint32_t m = static_cast<uint32_t>(mag);
+  for (; i >= 1; i -= 2) {
+    const char* pair = kDigitPairs + 2 * (m % 100);
+    m /= 100;
+    c[i - 1] = pair[0];
+    c[i] = pair[1];
+  }
+  if (i == 0) c[0] = static_cast<char>('0' + m % 10);
+  FinishZone(c, f, neg);
 }
 
 bool GetDBNumber(const uint8_t* p, int length, NumberText* out) {

@@ -55,11 +55,17 @@ class TextBuf {
 
   // Makes room for `n` characters plus a terminator; returns the buffer.
   char* Reserve(size_t n);
-  void clear() { len_ = 0; data_[0] = 0; }
+  void clear() {
+    len_ = 0;
+    data_[0] = 0;
+  }
   void push_back(char c);
   void Append(const char* s, size_t n);
   // Ends the text at `n` characters (n must not exceed the length).
-  void Resize(size_t n) { len_ = n; data_[n] = 0; }
+  void Resize(size_t n) {
+    len_ = n;
+    data_[n] = 0;
+  }
   char* data() { return data_; }
   const char* data() const { return data_; }
   size_t size() const { return len_; }
@@ -106,20 +112,31 @@ bool GetPack(const uint8_t* p, const DecimalFormat& f, NumberText* out);
 // (the result atof would give); false otherwise (negative zero included),
 // for the text path.
 bool GetPackWhole(const uint8_t* p, const DecimalFormat& f, int64_t* v);
-void PutPack(uint8_t* out, const DecimalFormat& f, const char* digits,
-             size_t n, bool neg);
+void PutPack(uint8_t* out, const DecimalFormat& f, const char* digits, size_t n, bool neg);
+
+// The same writers from a whole magnitude, without passing through text.
+void PutPack(uint8_t* out, const DecimalFormat& f, uint64_t mag, bool neg);
+void PutZone(uint8_t* out, const DecimalFormat& f, uint64_t mag, bool neg);
+
+// The magnitude "%.0f" would print for `v` (not negative) when it is below
+// 2^64; false for larger values, NaN and infinity.
+bool WholeMagnitude(double v, uint64_t* mag);
+
+// The text as a whole number when it is 1 to 18 plain digits.
+bool NumberTextWhole(const NumberText& t, int64_t* v);
 
 // One digit per byte, the last byte a sign byte for signed fields.
 bool GetBCD(const uint8_t* p, const DecimalFormat& f, NumberText* out);
-void PutBCD(uint8_t* out, const DecimalFormat& f, const char* digits,
-            size_t n, bool neg);
+void PutBCD(uint8_t* out, const DecimalFormat& f, const char* digits, size_t n, bool neg);
 
 // Zoned decimal. `unknown_style` is set when a leading overpunch met a sign
 // style outside the table (the engine logs it). A blank field yields false.
-bool GetZone(const uint8_t* p, const DecimalFormat& f, NumberText* out,
-             bool* unknown_style);
-void PutZone(uint8_t* out, const DecimalFormat& f, const char* digits,
-             size_t n, bool neg);
+bool GetZone(const uint8_t* p, const DecimalFormat& f, NumberText* out, bool* unknown_style);
+void PutZone(uint8_t* out, const DecimalFormat& f, const char* digits, size_t n, bool neg);
+// The common zoned field (no blanks at either end, 1 to 18 digits once the
+// sign is read, a sign style the table knows) as a whole number, the result
+// atof would give; false otherwise, for the text path.
+bool GetZoneWhole(const uint8_t* p, const DecimalFormat& f, int64_t* v);
 
 // dBASE numeric: right-justified text; a blank field yields false.
 bool GetDBNumber(const uint8_t* p, int length, NumberText* out);

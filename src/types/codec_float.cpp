@@ -54,14 +54,12 @@ double MakeDouble(bool neg, uint64_t sig, int e) {
       ++e;
       if (e > 1023) return BitsDouble(sign | 0x7FF0000000000000ull);
     }
-    return BitsDouble(sign | (static_cast<uint64_t>(e + 1023) << 52) |
-                      (m & 0x000FFFFFFFFFFFFFull));
+    return BitsDouble(sign | (static_cast<uint64_t>(e + 1023) << 52) | (m & 0x000FFFFFFFFFFFFFull));
   }
   // Subnormal: the units are 2^-1074, so keep the bits above that.
   const int keep = 53 - (-1022 - e);
   if (keep < 0) return BitsDouble(sign);
-  uint64_t m = keep == 0 ? ((sig > (uint64_t{1} << 63)) ? 1 : 0)
-                         : RoundTop(sig, keep);
+  uint64_t m = keep == 0 ? ((sig > (uint64_t{1} << 63)) ? 1 : 0) : RoundTop(sig, keep);
   // A carry into bit 52 yields the smallest normal number, as the bits say.
   return BitsDouble(sign | m);
 }
@@ -182,8 +180,8 @@ void PutVaxFloat(uint8_t* out, int len, double v) {
     exp = 255;
     m = (uint64_t{1} << (fbits + 1)) - 1;
   }
-  uint64_t w = (neg ? uint64_t{1} << (8 * n - 1) : 0) | (exp << fbits) |
-               (m & ((uint64_t{1} << fbits) - 1));
+  uint64_t w =
+      (neg ? uint64_t{1} << (8 * n - 1) : 0) | (exp << fbits) | (m & ((uint64_t{1} << fbits) - 1));
   for (int i = n - 2; i >= 0; i -= 2) {
     out[i] = static_cast<uint8_t>(w);
     out[i + 1] = static_cast<uint8_t>(w >> 8);
@@ -226,8 +224,7 @@ bool PutmscbDouble(uint8_t* out, double v) {
   int e = static_cast<int>((b >> 52) & 0x7FF);
   if (e != 0) e -= 894;
   if (e <= 0) return false;
-  const uint64_t w = (static_cast<uint64_t>(e & 0xFF) << 56) |
-                     ((b >> 63) << 55) |
+  const uint64_t w = (static_cast<uint64_t>(e & 0xFF) << 56) | ((b >> 63) << 55) |
                      ((b & 0x000FFFFFFFFFFFFFull) << 3);
   PutBinary(out, static_cast<int64_t>(w), 8, false);
   return true;

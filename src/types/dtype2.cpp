@@ -28,8 +28,7 @@ using codec::TextBuf;
 
 // The field's bytes when `need` bytes from `offset` lie inside the record.
 const uint8_t* FieldAt(const ZQString& rec, long offset, long need) {
-  if (offset < 0 || need < 0 || offset > rec.length() ||
-      need > rec.length() - offset) {
+  if (offset < 0 || need < 0 || offset > rec.length() || need > rec.length() - offset) {
     return nullptr;
   }
   return reinterpret_cast<const uint8_t*>(rec.c_str()) + offset;
@@ -68,11 +67,22 @@ int32_t Clamp32(double v) {
 
 bool IsTextType(int t) {
   switch (t) {
-    case ZQDT_TEXT: case ZQDT_NAME: case ZQDT_MEMO: case ZQDT_CSTRING:
-    case ZQDT_PASCAL_STRING1: case ZQDT_PASCAL_STRING2: case ZQDT_DISPLAY:
-    case ZQDT_DISPLAY_JUSTIFIED: case ZQDT_PICTURE: case ZQDT_VARCHAR:
-    case ZQDT_LONG_VARCHAR: case ZQDT_BINARY: case ZQDT_VARBIN:
-    case ZQDT_LONG_VARBIN: case ZQDT_VARGRAPHIC: case ZQDT_LONG_VARGRAPHIC:
+    case ZQDT_TEXT:
+    case ZQDT_NAME:
+    case ZQDT_MEMO:
+    case ZQDT_CSTRING:
+    case ZQDT_PASCAL_STRING1:
+    case ZQDT_PASCAL_STRING2:
+    case ZQDT_DISPLAY:
+    case ZQDT_DISPLAY_JUSTIFIED:
+    case ZQDT_PICTURE:
+    case ZQDT_VARCHAR:
+    case ZQDT_LONG_VARCHAR:
+    case ZQDT_BINARY:
+    case ZQDT_VARBIN:
+    case ZQDT_LONG_VARBIN:
+    case ZQDT_VARGRAPHIC:
+    case ZQDT_LONG_VARGRAPHIC:
       return true;
     default:
       return false;
@@ -92,9 +102,17 @@ bool IsZoned(int t) { return t == ZQDT_ZONED || IsSignedDisplay(t); }
 // Types whose stored form is a whole binary number scaled by the engine.
 bool IsBinaryInteger(int t) {
   switch (t) {
-    case ZQDT_SHORT: case ZQDT_INTEGER: case ZQDT_DATE: case ZQDT_TIME:
-    case ZQDT_COMP: case ZQDT_COMP5: case ZQDT_COMPX: case ZQDT_BINARY8:
-    case ZQDT_BIT_FIELD: case ZQDT_BINARY24: case ZQDT_TEC_BINARY:
+    case ZQDT_SHORT:
+    case ZQDT_INTEGER:
+    case ZQDT_DATE:
+    case ZQDT_TIME:
+    case ZQDT_COMP:
+    case ZQDT_COMP5:
+    case ZQDT_COMPX:
+    case ZQDT_BINARY8:
+    case ZQDT_BIT_FIELD:
+    case ZQDT_BINARY24:
+    case ZQDT_TEC_BINARY:
       return true;
     default:
       return false;
@@ -103,8 +121,12 @@ bool IsBinaryInteger(int t) {
 
 bool IsLegacyDate(int t) {
   switch (t) {
-    case ZQDT_BTRIEVE_DATE: case ZQDT_BTRIEVE_TIME: case ZQDT_MAGIC_DATE:
-    case ZQDT_MAGIC_TIME: case ZQDT_SALESALLY_DATE: case ZQDT_SALESALLY_TIME:
+    case ZQDT_BTRIEVE_DATE:
+    case ZQDT_BTRIEVE_TIME:
+    case ZQDT_MAGIC_DATE:
+    case ZQDT_MAGIC_TIME:
+    case ZQDT_SALESALLY_DATE:
+    case ZQDT_SALESALLY_TIME:
     case ZQDT_TIME_MINUTES:
       return true;
     default:
@@ -133,10 +155,14 @@ bool ReadRawInteger(const ZQDType& t, const uint8_t* p, int64_t* v) {
     case ZQDT_SHORT:
       *v = codec::GetBinary(p, len > 8 ? 8 : len, msb, t.Signed());
       return true;
-    case ZQDT_INTEGER: case ZQDT_DATE: case ZQDT_TIME:
+    case ZQDT_INTEGER:
+    case ZQDT_DATE:
+    case ZQDT_TIME:
       *v = codec::GetBinary(p, len > 4 ? 4 : len, msb, t.Signed());
       return true;
-    case ZQDT_COMP: case ZQDT_COMP5: case ZQDT_COMPX:
+    case ZQDT_COMP:
+    case ZQDT_COMP5:
+    case ZQDT_COMPX:
       // Only the 3-byte form honours the signedness flag.
       if (len == 3) {
         *v = codec::Get3Byte(p, msb, t.Signed());
@@ -144,7 +170,8 @@ bool ReadRawInteger(const ZQDType& t, const uint8_t* p, int64_t* v) {
         *v = codec::GetBinary(p, len > 8 ? 8 : len, msb, true);
       }
       return true;
-    case ZQDT_BINARY8: case ZQDT_BIT_FIELD:
+    case ZQDT_BINARY8:
+    case ZQDT_BIT_FIELD:
       *v = codec::GetBinary(p, 1, false, t.Signed());
       return true;
     case ZQDT_BINARY24:
@@ -161,8 +188,7 @@ bool ReadRawInteger(const ZQDType& t, const uint8_t* p, int64_t* v) {
 // Writes a whole number into a binary integer type's bytes. `wide` is the
 // value for lengths above 4; `ext_from_long` selects the documented
 // extension bytes of the `long` form instead.
-void WriteRawInteger(const ZQDType& t, uint8_t* out, int64_t v,
-                     bool ext_from_long) {
+void WriteRawInteger(const ZQDType& t, uint8_t* out, int64_t v, bool ext_from_long) {
   const int len = static_cast<int>(t.Length());
   const bool msb = t.MSBFirst();
   switch (t.Type()) {
@@ -172,7 +198,8 @@ void WriteRawInteger(const ZQDType& t, uint8_t* out, int64_t v,
     case ZQDT_TEC_BINARY:
       codec::Put4FuBin(out, Wrap32(v), msb);
       return;
-    case ZQDT_BINARY8: case ZQDT_BIT_FIELD:
+    case ZQDT_BINARY8:
+    case ZQDT_BIT_FIELD:
       codec::PutBinary(out, v, len, false);
       return;
     default:
@@ -202,7 +229,13 @@ void WriteRawInteger(const ZQDType& t, uint8_t* out, int64_t v,
 
 // Exact decimal from the text of a decimal field: the digits, at most one
 // point, as far as atof would read them.
+ZQDecimal DecimalFromInt(int64_t v);
+
 ZQDecimal DecimalFromText(const NumberText& t) {
+  int64_t whole;
+  if (codec::NumberTextWhole(t, &whole) && !(whole == 0 && t.neg)) {
+    return DecimalFromInt(whole);
+  }
   TextBuf s;
   if (t.neg) s.push_back('-');
   bool point = false;
@@ -277,6 +310,17 @@ void WholeDigits(const ZQDecimal& d, TextBuf* digits, bool* neg) {
   }
 }
 
+// The magnitude of a decimal that holds a whole number below 2^31.
+bool DecimalWhole(const ZQDecimal& d, uint64_t* mag, bool* neg) {
+  const double approx = static_cast<double>(d);
+  if (!(approx > -2.0e9 && approx < 2.0e9)) return false;
+  const long w = static_cast<long>(d);
+  if (!(ZQDecimal(w) == d)) return false;
+  *neg = d.IsNeg();
+  *mag = static_cast<uint64_t>(w < 0 ? -static_cast<int64_t>(w) : w);
+  return true;
+}
+
 // Whole part of a decimal, truncated toward zero and clamped to 64 bits.
 int64_t DecimalToInt64(const ZQDecimal& d) {
   // The 32-bit conversion truncates exactly while the value fits.
@@ -342,9 +386,7 @@ double ZQDType::_scale(double v, int n) {
   return v;
 }
 
-double ZQDType::InScale(double v) const {
-  return Scale() == 0 ? v : _scale(v, -Scale());
-}
+double ZQDType::InScale(double v) const { return Scale() == 0 ? v : _scale(v, -Scale()); }
 
 long ZQDType::InScale(long v) const {
   return Scale() == 0 ? v : _scale(v, -static_cast<int>(Scale()));
@@ -498,11 +540,17 @@ long ZQDType::PutPack(ZQString& out, double v) const {
   const long len = Length();
   if (len < 1) return 0;
   v = _scale(v, Scale());
-  TextBuf digits;
-  codec::FormatWhole(std::fabs(v), &digits);
+  uint8_t small[64];
   TextBuf buf;
-  uint8_t* b = Room(buf, len);
-  codec::PutPack(b, FormatOf(*this), digits.data(), digits.size(), v < 0);
+  uint8_t* b = len <= 64 ? small : Room(buf, len);
+  uint64_t mag;
+  if (codec::WholeMagnitude(std::fabs(v), &mag)) {
+    codec::PutPack(b, FormatOf(*this), mag, v < 0);
+  } else {
+    TextBuf digits;
+    codec::FormatWhole(std::fabs(v), &digits);
+    codec::PutPack(b, FormatOf(*this), digits.data(), digits.size(), v < 0);
+  }
   AppendBytes(out, b, len);
   return len;
 }
@@ -533,6 +581,12 @@ long ZQDType::GetZone(const ZQString& rec, long offset, double& v) const {
   const long len = Length();
   const uint8_t* p = FieldAt(rec, offset, len);
   if (p == nullptr) return 0;
+  int64_t whole;
+  if (codec::GetZoneWhole(p, FormatOf(*this), &whole) && whole <= (int64_t{1} << 53) &&
+      whole >= -(int64_t{1} << 53)) {
+    v = codec::Unscale(static_cast<double>(whole), Scale());
+    return len;
+  }
   NumberText t;
   bool unknown = false;
   if (!codec::GetZone(p, FormatOf(*this), &t, &unknown)) {
@@ -540,8 +594,7 @@ long ZQDType::GetZone(const ZQString& rec, long offset, double& v) const {
     return len;
   }
   if (unknown) {
-    ZQGlob::LogMessage(4, BATCH_INVALID, "Unknown signstyle %d",
-                       static_cast<int>(SignStyle()));
+    ZQGlob::LogMessage(4, BATCH_INVALID, "Unknown signstyle %d", static_cast<int>(SignStyle()));
   }
   v = codec::Unscale(codec::NumberTextToDouble(t), Scale());
   return len;
@@ -551,11 +604,17 @@ long ZQDType::PutZone(ZQString& out, double v) const {
   const long len = Length();
   if (len < 1) return 0;
   v = _scale(v, Scale());
-  TextBuf digits;
-  codec::FormatWhole(std::fabs(v), &digits);
+  uint8_t small[64];
   TextBuf buf;
-  uint8_t* b = Room(buf, len);
-  codec::PutZone(b, FormatOf(*this), digits.data(), digits.size(), v < 0);
+  uint8_t* b = len <= 64 ? small : Room(buf, len);
+  uint64_t mag;
+  if (codec::WholeMagnitude(std::fabs(v), &mag)) {
+    codec::PutZone(b, FormatOf(*this), mag, v < 0);
+  } else {
+    TextBuf digits;
+    codec::FormatWhole(std::fabs(v), &digits);
+    codec::PutZone(b, FormatOf(*this), digits.data(), digits.size(), v < 0);
+  }
   AppendBytes(out, b, len);
   return len;
 }
@@ -836,8 +895,8 @@ long ZQDType::PutBTRDate(ZQString& out, long v) const {
   if (Wrap32(v) != 0) {
     int month, day, year;
     ZQDateTime::jul_cal(Wrap32(v), month, day, year);
-    const uint32_t w = static_cast<uint32_t>(year) * 65536u +
-                       static_cast<uint32_t>(month) * 256u + static_cast<uint32_t>(day);
+    const uint32_t w = static_cast<uint32_t>(year) * 65536u + static_cast<uint32_t>(month) * 256u +
+                       static_cast<uint32_t>(day);
     codec::PutBinary(b, w, 4, MSBFirst());
   }
   AppendBytes(out, b, 4);
@@ -1070,7 +1129,8 @@ long ZQDType::Input(const ZQString& rec, long offset, double& out) const {
     return len;
   }
   switch (t) {
-    case ZQDT_FLOAT: case ZQDT_COMP2: {
+    case ZQDT_FLOAT:
+    case ZQDT_COMP2: {
       const uint8_t* p = FieldAt(rec, offset, len);
       if (p == nullptr) return 0;
       double d = 0.0;
@@ -1078,7 +1138,8 @@ long ZQDType::Input(const ZQString& rec, long offset, double& out) const {
       out = d;
       return len;
     }
-    case ZQDT_IEEE_FLOAT32: case ZQDT_COMP1: {
+    case ZQDT_IEEE_FLOAT32:
+    case ZQDT_COMP1: {
       const uint8_t* p = FieldAt(rec, offset, len);
       if (p == nullptr) return 0;
       uint8_t b[4] = {0, 0, 0, 0};
@@ -1099,13 +1160,17 @@ long ZQDType::Input(const ZQString& rec, long offset, double& out) const {
       out = static_cast<double>(d);
       return len;
     }
-    case ZQDT_DECIMAL: case ZQDT_NUMBER: case ZQDT_PACKED: case ZQDT_COMP3:
+    case ZQDT_DECIMAL:
+    case ZQDT_NUMBER:
+    case ZQDT_PACKED:
+    case ZQDT_COMP3:
       return GetPack(rec, offset, out);
     case ZQDT_DBASE_NUMERIC:
       return GetDBNumber(rec, offset, out);
     case ZQDT_IBM_FLOAT:
       return GetIBMmfflt(rec, offset, out);
-    case ZQDT_VAX_FLOAT32: case ZQDT_VAX_FLOAT64:
+    case ZQDT_VAX_FLOAT32:
+    case ZQDT_VAX_FLOAT64:
       return GetVaxFloat(rec, offset, out);
     case ZQDT_MSBASIC_FLOAT: {
       float f;
@@ -1115,14 +1180,19 @@ long ZQDType::Input(const ZQString& rec, long offset, double& out) const {
     }
     case ZQDT_MSBASIC_DOUBLE:
       return GetmscbDouble(rec, offset, out);
-    case ZQDT_ZONED: case ZQDT_DISPLAY_SIGN_TRAILING: case ZQDT_DISPLAY_SIGN_LEADING:
-    case ZQDT_DISPLAY_SIGN_TRAILING_SEP: case ZQDT_DISPLAY_SIGN_LEADING_SEP:
+    case ZQDT_ZONED:
+    case ZQDT_DISPLAY_SIGN_TRAILING:
+    case ZQDT_DISPLAY_SIGN_LEADING:
+    case ZQDT_DISPLAY_SIGN_TRAILING_SEP:
+    case ZQDT_DISPLAY_SIGN_LEADING_SEP:
       return GetZone(rec, offset, out);
     case ZQDT_CRAY_FLOAT:
       return GetCray(rec, offset, out);
     case ZQDT_ACCPAC:
       return GetAccPac(rec, offset, out);
-    case ZQDT_CB_MULTIPUNCH: case ZQDT_CB_ALPHANUMERIC: case ZQDT_CB_NUMERIC: {
+    case ZQDT_CB_MULTIPUNCH:
+    case ZQDT_CB_ALPHANUMERIC:
+    case ZQDT_CB_NUMERIC: {
       ZQString text;
       const long n = t == ZQDT_CB_MULTIPUNCH ? GetCBMultiPunch(rec, offset, text)
                                              : GetCBAlphaNumeric(rec, offset, text);
@@ -1137,7 +1207,8 @@ long ZQDType::Input(const ZQString& rec, long offset, double& out) const {
       return GetTReal(rec, offset, out);
     case ZQDT_BCD:
       return GetBCD(rec, offset, out);
-    case ZQDT_MAGIC_REAL: case ZQDT_MAGIC_EXTENDED:
+    case ZQDT_MAGIC_REAL:
+    case ZQDT_MAGIC_EXTENDED:
       return GetMAGReal(rec, offset, out);
     default:
       return 0;
@@ -1155,14 +1226,22 @@ long ZQDType::Input(const ZQString& rec, long offset, long& out) const {
     return len;
   }
   switch (t) {
-    case ZQDT_BTRIEVE_DATE: return GetBTRDate(rec, offset, out);
-    case ZQDT_BTRIEVE_TIME: return GetBTRTime(rec, offset, out);
-    case ZQDT_MAGIC_DATE: return GetMAGDate(rec, offset, out);
-    case ZQDT_MAGIC_TIME: return GetMAGTime(rec, offset, out);
-    case ZQDT_SALESALLY_DATE: return GetSADate(rec, offset, out);
-    case ZQDT_SALESALLY_TIME: return GetSATime(rec, offset, out, false);
-    case ZQDT_TIME_MINUTES: return GetSATime(rec, offset, out, true);
-    default: break;
+    case ZQDT_BTRIEVE_DATE:
+      return GetBTRDate(rec, offset, out);
+    case ZQDT_BTRIEVE_TIME:
+      return GetBTRTime(rec, offset, out);
+    case ZQDT_MAGIC_DATE:
+      return GetMAGDate(rec, offset, out);
+    case ZQDT_MAGIC_TIME:
+      return GetMAGTime(rec, offset, out);
+    case ZQDT_SALESALLY_DATE:
+      return GetSADate(rec, offset, out);
+    case ZQDT_SALESALLY_TIME:
+      return GetSATime(rec, offset, out, false);
+    case ZQDT_TIME_MINUTES:
+      return GetSATime(rec, offset, out, true);
+    default:
+      break;
   }
   if (t == ZQDT_BINARY64) {
     ZQQuadWord q;
@@ -1186,6 +1265,12 @@ long ZQDType::Input(const ZQString& rec, long offset, short& out) const {
 long ZQDType::Input(const ZQString& rec, long offset, ZQQuadWord& out) const {
   const int t = Type();
   const long len = Length();
+  if (IsLegacyDate(t)) {
+    long v;
+    const long n = Input(rec, offset, v);
+    if (n != 0) out = ZQQuadWord(v);
+    return n;
+  }
   if (IsBinaryInteger(t) || t == ZQDT_BINARY64) {
     const uint8_t* p = FieldAt(rec, offset, len);
     int64_t raw;
@@ -1233,7 +1318,8 @@ long ZQDType::Input(const ZQString& rec, long offset, ZQDecimal& out) const {
     NumberText text;
     bool ok;
     int64_t whole;
-    if (IsPacked(t) && codec::GetPackWhole(p, FormatOf(*this), &whole)) {
+    if ((IsPacked(t) && codec::GetPackWhole(p, FormatOf(*this), &whole)) ||
+        (IsZoned(t) && codec::GetZoneWhole(p, FormatOf(*this), &whole))) {
       out = DecimalFromInt(whole);
       out.Scale(-Scale());
       return len;
@@ -1248,8 +1334,7 @@ long ZQDType::Input(const ZQString& rec, long offset, ZQDecimal& out) const {
       bool unknown = false;
       ok = codec::GetZone(p, FormatOf(*this), &text, &unknown);
       if (unknown) {
-        ZQGlob::LogMessage(4, BATCH_INVALID, "Unknown signstyle %d",
-                           static_cast<int>(SignStyle()));
+        ZQGlob::LogMessage(4, BATCH_INVALID, "Unknown signstyle %d", static_cast<int>(SignStyle()));
       }
     }
     ZQDecimal d = ok ? DecimalFromText(text) : ZQDecimal();
@@ -1284,8 +1369,7 @@ long ZQDType::Output(ZQString& out, double v) const {
   if (IsBinaryInteger(t)) {
     if (len < 1) return 0;
     const double scaled = _scale(v, Scale());
-    const int64_t whole = len > 4 && t != ZQDT_TEC_BINARY ? Trunc64(scaled)
-                                                          : Trunc32(scaled);
+    const int64_t whole = len > 4 && t != ZQDT_TEC_BINARY ? Trunc64(scaled) : Trunc32(scaled);
     TextBuf buf;
     uint8_t* b = Room(buf, len);
     WriteRawInteger(*this, b, whole, false);
@@ -1293,13 +1377,15 @@ long ZQDType::Output(ZQString& out, double v) const {
     return len;
   }
   switch (t) {
-    case ZQDT_FLOAT: case ZQDT_COMP2: {
+    case ZQDT_FLOAT:
+    case ZQDT_COMP2: {
       if (len < 1) return 0;
       AppendBytes(out, &v, len < 8 ? len : 8);
       if (len > 8) out.Pad(0, len - 8);
       return len;
     }
-    case ZQDT_IEEE_FLOAT32: case ZQDT_COMP1: {
+    case ZQDT_IEEE_FLOAT32:
+    case ZQDT_COMP1: {
       if (len < 1) return 0;
       const float f = static_cast<float>(v);
       uint8_t b[4];
@@ -1318,13 +1404,17 @@ long ZQDType::Output(ZQString& out, double v) const {
       AppendBytes(out, b, 8);
       return 8;
     }
-    case ZQDT_DECIMAL: case ZQDT_NUMBER: case ZQDT_PACKED: case ZQDT_COMP3:
+    case ZQDT_DECIMAL:
+    case ZQDT_NUMBER:
+    case ZQDT_PACKED:
+    case ZQDT_COMP3:
       return PutPack(out, v);
     case ZQDT_DBASE_NUMERIC:
       return PutDBNumber(out, v);
     case ZQDT_IBM_FLOAT:
       return PutIBMmfflt(out, v);
-    case ZQDT_VAX_FLOAT32: case ZQDT_VAX_FLOAT64:
+    case ZQDT_VAX_FLOAT32:
+    case ZQDT_VAX_FLOAT64:
       return PutVaxFloat(out, v);
     case ZQDT_MSBASIC_FLOAT:
       // A value outside the format's range appends nothing: the field is
@@ -1334,14 +1424,19 @@ long ZQDType::Output(ZQString& out, double v) const {
     case ZQDT_MSBASIC_DOUBLE:
       PutmscbDouble(out, v);
       return len;
-    case ZQDT_ZONED: case ZQDT_DISPLAY_SIGN_TRAILING: case ZQDT_DISPLAY_SIGN_LEADING:
-    case ZQDT_DISPLAY_SIGN_TRAILING_SEP: case ZQDT_DISPLAY_SIGN_LEADING_SEP:
+    case ZQDT_ZONED:
+    case ZQDT_DISPLAY_SIGN_TRAILING:
+    case ZQDT_DISPLAY_SIGN_LEADING:
+    case ZQDT_DISPLAY_SIGN_TRAILING_SEP:
+    case ZQDT_DISPLAY_SIGN_LEADING_SEP:
       return PutZone(out, v);
     case ZQDT_CRAY_FLOAT:
       return PutCray(out, v);
     case ZQDT_ACCPAC:
       return PutAccPac(out, v);
-    case ZQDT_CB_MULTIPUNCH: case ZQDT_CB_ALPHANUMERIC: case ZQDT_CB_NUMERIC: {
+    case ZQDT_CB_MULTIPUNCH:
+    case ZQDT_CB_ALPHANUMERIC:
+    case ZQDT_CB_NUMERIC: {
       TextBuf text;
       codec::FormatFixed(v, 0, &text);
       return t == ZQDT_CB_MULTIPUNCH ? PutCBMultiPunch(out, text.data())
@@ -1355,7 +1450,8 @@ long ZQDType::Output(ZQString& out, double v) const {
       return PutTReal(out, v);
     case ZQDT_BCD:
       return PutBCD(out, v);
-    case ZQDT_MAGIC_REAL: case ZQDT_MAGIC_EXTENDED:
+    case ZQDT_MAGIC_REAL:
+    case ZQDT_MAGIC_EXTENDED:
       return PutMAGReal(out, v);
     default:
       return 0;
@@ -1375,13 +1471,20 @@ long ZQDType::Output(ZQString& out, long v) const {
     return len;
   }
   switch (t) {
-    case ZQDT_BTRIEVE_DATE: return PutBTRDate(out, v);
-    case ZQDT_BTRIEVE_TIME: return PutBTRTime(out, v);
-    case ZQDT_MAGIC_DATE: return PutMAGDate(out, v);
-    case ZQDT_MAGIC_TIME: return PutMAGTime(out, v);
-    case ZQDT_SALESALLY_DATE: return PutSADate(out, v);
-    case ZQDT_SALESALLY_TIME: return PutSATime(out, v, false);
-    case ZQDT_TIME_MINUTES: return PutSATime(out, v, true);
+    case ZQDT_BTRIEVE_DATE:
+      return PutBTRDate(out, v);
+    case ZQDT_BTRIEVE_TIME:
+      return PutBTRTime(out, v);
+    case ZQDT_MAGIC_DATE:
+      return PutMAGDate(out, v);
+    case ZQDT_MAGIC_TIME:
+      return PutMAGTime(out, v);
+    case ZQDT_SALESALLY_DATE:
+      return PutSADate(out, v);
+    case ZQDT_SALESALLY_TIME:
+      return PutSATime(out, v, false);
+    case ZQDT_TIME_MINUTES:
+      return PutSATime(out, v, true);
     case ZQDT_BINARY64: {
       const long scaled = _scale(static_cast<long>(Wrap32(v)), Scale());
       uint8_t b[8];
@@ -1398,7 +1501,9 @@ long ZQDType::Output(ZQString& out, int v) const { return Output(out, static_cas
 
 long ZQDType::Output(ZQString& out, short v) const { return Output(out, static_cast<long>(v)); }
 
-long ZQDType::Output(ZQString& out, bool v) const { return Output(out, static_cast<long>(v ? 1 : 0)); }
+long ZQDType::Output(ZQString& out, bool v) const {
+  return Output(out, static_cast<long>(v ? 1 : 0));
+}
 
 long ZQDType::Output(std::string& out, long v) const {
   ZQString tmp;
@@ -1456,12 +1561,22 @@ long ZQDType::Output(ZQString& out, const ZQDecimal& value) const {
   if (IsPacked(t) || IsZoned(t) || t == ZQDT_BCD) {
     if (len < 1) return 0;
     v.Scale(Scale());
-    TextBuf digits;
-    bool neg;
-    WholeDigits(v, &digits, &neg);
     TextBuf buf;
     uint8_t* b = Room(buf, len);
     const codec::DecimalFormat f = FormatOf(*this);
+    uint64_t mag;
+    bool neg;
+    if (t != ZQDT_BCD && DecimalWhole(v, &mag, &neg)) {
+      if (IsPacked(t)) {
+        codec::PutPack(b, f, mag, neg);
+      } else {
+        codec::PutZone(b, f, mag, neg);
+      }
+      AppendBytes(out, b, len);
+      return len;
+    }
+    TextBuf digits;
+    WholeDigits(v, &digits, &neg);
     if (IsPacked(t)) {
       codec::PutPack(b, f, digits.data(), digits.size(), neg);
     } else if (t == ZQDT_BCD) {

@@ -15,9 +15,8 @@ class CobolOracle {
 
   // Compiles fixture `name` (in tests/types/cobol) into program `exe`, after
   // replacing every `from` by `to` in its text; extra cobc flags in `flags`.
-  bool Compile(const std::string& name, const std::string& exe,
-               const std::string& flags, const std::string& from = "",
-               const std::string& to = "");
+  bool Compile(const std::string& name, const std::string& exe, const std::string& flags,
+               const std::string& from = "", const std::string& to = "");
   // Runs `exe` with `arg` in the folder; returns its standard output.
   std::string Run(const std::string& exe, const std::string& arg);
 

@@ -1,12 +1,12 @@
 // Helpers that compile and run the COBOL fixture programs.
-#include "types/cobol_oracle.h"
-
 #include <stdio.h>
 #include <stdlib.h>
 #include <unistd.h>
 
 #include <fstream>
 #include <sstream>
+
+#include "types/cobol_oracle.h"
 
 namespace zq_test {
 
@@ -23,24 +23,20 @@ CobolOracle::~CobolOracle() {
   }
 }
 
-bool CobolOracle::Available() {
-  return system("command -v cobc >/dev/null 2>&1") == 0;
-}
+bool CobolOracle::Available() { return system("command -v cobc >/dev/null 2>&1") == 0; }
 
-bool CobolOracle::Compile(const std::string& name, const std::string& exe,
-                          const std::string& flags, const std::string& from,
-                          const std::string& to) {
+bool CobolOracle::Compile(const std::string& name, const std::string& exe, const std::string& flags,
+                          const std::string& from, const std::string& to) {
   std::string src = Read(std::string(ZQ_COBOL_DIR) + "/" + name);
   if (src.empty()) return false;
   if (!from.empty()) {
-    for (size_t p = src.find(from); p != std::string::npos;
-         p = src.find(from, p + to.size())) {
+    for (size_t p = src.find(from); p != std::string::npos; p = src.find(from, p + to.size())) {
       src.replace(p, from.size(), to);
     }
   }
   Write(dir_ + "/" + exe + ".cbl", src);
-  const std::string cmd = "cd '" + dir_ + "' && cobc -x -free " + flags +
-                          " -o " + exe + " " + exe + ".cbl";
+  const std::string cmd =
+      "cd '" + dir_ + "' && cobc -x -free " + flags + " -o " + exe + " " + exe + ".cbl";
   return system(cmd.c_str()) == 0;
 }
 

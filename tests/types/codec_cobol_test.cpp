@@ -35,10 +35,8 @@ const Field kFields[] = {
     {"COMP-3 unsigned", kPack, false, zq::codec::kSignTrailingSeparate, false},
     {"DISPLAY trailing", kZone, true, zq::codec::kSignTrailing, false},
     {"DISPLAY leading", kZone, true, zq::codec::kSignLeading, false},
-    {"DISPLAY trailing separate", kZone, true,
-     zq::codec::kSignTrailingSeparate, false},
-    {"DISPLAY leading separate", kZone, true,
-     zq::codec::kSignLeadingSeparate, false},
+    {"DISPLAY trailing separate", kZone, true, zq::codec::kSignTrailingSeparate, false},
+    {"DISPLAY leading separate", kZone, true, zq::codec::kSignLeadingSeparate, false},
     {"DISPLAY unsigned", kZone, false, zq::codec::kSignTrailing, false},
     {"BINARY signed", kBinary, true, 0, true},
     {"BINARY unsigned", kBinary, false, 0, true},
@@ -83,15 +81,13 @@ class CobolFields : public ::testing::TestWithParam<const char*> {};
 TEST_P(CobolFields, EveryUsageEveryLengthBothWays) {
   if (!CobolOracle::Available()) GTEST_SKIP() << "cobc not installed";
   const std::string sign_mode = GetParam();
-  const long style =
-      sign_mode == "EBCDIC" ? zq::codec::kStyleIbm : zq::codec::kStyleMfCobol;
+  const long style = sign_mode == "EBCDIC" ? zq::codec::kStyleIbm : zq::codec::kStyleMfCobol;
   std::mt19937_64 rng(20261122 + sign_mode.size());
   CobolOracle cob;
   for (int nd = 1; nd <= 18; ++nd) {
     SCOPED_TRACE("digits " + std::to_string(nd));
     const std::string exe = "fields" + std::to_string(nd);
-    ASSERT_TRUE(cob.Compile("fields.cbl", exe,
-                            "-fbinary-size=1--8 -fsign=" + sign_mode, "(ND)",
+    ASSERT_TRUE(cob.Compile("fields.cbl", exe, "-fbinary-size=1--8 -fsign=" + sign_mode, "(ND)",
                             "(" + std::to_string(nd) + ")"));
     std::istringstream layout(cob.Run(exe, "layout"));
     int len[kFieldCount];
@@ -104,8 +100,7 @@ TEST_P(CobolFields, EveryUsageEveryLengthBothWays) {
     std::string lines;
     for (int64_t v : values) {
       char buf[32];
-      snprintf(buf, sizeof(buf), "%c%0*" PRId64 "\n", v < 0 ? '-' : '+', nd,
-               v < 0 ? -v : v);
+      snprintf(buf, sizeof(buf), "%c%0*" PRId64 "\n", v < 0 ? '-' : '+', nd, v < 0 ? -v : v);
       lines += buf;
     }
     cob.Write("values.txt", lines);
@@ -116,12 +111,10 @@ TEST_P(CobolFields, EveryUsageEveryLengthBothWays) {
     // Our readers on COBOL's bytes.
     std::string ours;
     for (size_t r = 0; r < values.size(); ++r) {
-      const uint8_t* p =
-          reinterpret_cast<const uint8_t*>(bin.data()) + r * rec_len;
+      const uint8_t* p = reinterpret_cast<const uint8_t*>(bin.data()) + r * rec_len;
       for (int f = 0; f < kFieldCount; ++f) {
         const Field& fd = kFields[f];
-        const int64_t want = fd.is_signed || values[r] >= 0 ? values[r]
-                                                            : -values[r];
+        const int64_t want = fd.is_signed || values[r] >= 0 ? values[r] : -values[r];
         SCOPED_TRACE(std::string(fd.name) + " value " + std::to_string(want));
         DecimalFormat fmt;
         fmt.length = len[f];
@@ -162,8 +155,7 @@ TEST_P(CobolFields, EveryUsageEveryLengthBothWays) {
         }
         // The writers match COBOL byte for byte, except that a positive
         // leading-separate field carries no "+" (a digit stays there).
-        if (!(fd.sign_pos == zq::codec::kSignLeadingSeparate && want >= 0 &&
-              fd.kind == kZone)) {
+        if (!(fd.sign_pos == zq::codec::kSignLeadingSeparate && want >= 0 && fd.kind == kZone)) {
           EXPECT_EQ(std::string(reinterpret_cast<char*>(out), len[f]),
                     std::string(reinterpret_cast<const char*>(p), len[f]));
         }
@@ -179,9 +171,7 @@ TEST_P(CobolFields, EveryUsageEveryLengthBothWays) {
     std::istringstream decoded(cob.Read("decoded.txt"));
     for (size_t r = 0; r < values.size(); ++r) {
       for (int f = 0; f < kFieldCount; ++f) {
-        const int64_t want = kFields[f].is_signed || values[r] >= 0
-                                 ? values[r]
-                                 : -values[r];
+        const int64_t want = kFields[f].is_signed || values[r] >= 0 ? values[r] : -values[r];
         std::string word;
         ASSERT_TRUE(decoded >> word);
         EXPECT_EQ(strtoll(word.c_str(), nullptr, 10), want)
@@ -191,8 +181,7 @@ TEST_P(CobolFields, EveryUsageEveryLengthBothWays) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(SignModes, CobolFields,
-                         ::testing::Values("ASCII", "EBCDIC"));
+INSTANTIATE_TEST_SUITE_P(SignModes, CobolFields, ::testing::Values("ASCII", "EBCDIC"));
 
 // COMP-1 and COMP-2 are IEEE single and double in this machine's order; the
 // raw reader and writer must agree with COBOL on exact dyadic values.

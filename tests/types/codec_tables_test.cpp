@@ -61,9 +61,13 @@ std::string WriteWhole(Put put, const DecimalFormat& f, long long v) {
   return std::string(reinterpret_cast<char*>(out), f.length);
 }
 
-double ReadNumber(bool ok, const NumberText& t) {
-  return ok ? NumberTextToDouble(t) : -999999.0;
-}
+// The text forms of the overloaded decimal writers.
+using PutText = void (*)(uint8_t*, const DecimalFormat&, const char*, size_t, bool);
+const PutText kPutPack = PutPack;
+const PutText kPutZone = PutZone;
+const PutText kPutBCD = PutBCD;
+
+double ReadNumber(bool ok, const NumberText& t) { return ok ? NumberTextToDouble(t) : -999999.0; }
 
 TEST(DecimalCodecs, DocumentedLayouts) {
   struct Case {
@@ -85,8 +89,10 @@ TEST(DecimalCodecs, DocumentedLayouts) {
       {"packed none other", 'P', Fmt(2, kSignNone, kStyleIbm), -234, "\x52\x34"},
       {"packed overflow drops left", 'P', Fmt(2, kSignTrailing, kStyleIbm), 98765, "\x76\x5C"},
       {"bcd -12", 'B', Fmt(4, kSignTrailing, kStyleIbm), -12, std::string("\x00\x01\x02\x0D", 4)},
-      {"bcd acucobol +12", 'B', Fmt(4, kSignTrailing, kStyleAcuCobol), 12, std::string("\x00\x01\x02\x0B", 4)},
-      {"bcd unsigned 12", 'B', Fmt(3, kSignTrailing, kStyleIbm, false), 12, std::string("\x00\x01\x02", 3)},
+      {"bcd acucobol +12", 'B', Fmt(4, kSignTrailing, kStyleAcuCobol), 12,
+       std::string("\x00\x01\x02\x0B", 4)},
+      {"bcd unsigned 12", 'B', Fmt(3, kSignTrailing, kStyleIbm, false), 12,
+       std::string("\x00\x01\x02", 3)},
       {"zoned ibm -120", 'Z', Fmt(4, kSignTrailing, kStyleIbm), -120, "012}"},
       {"zoned ibm 125", 'Z', Fmt(4, kSignTrailing, kStyleIbm), 125, "012E"},
       {"zoned ibm leading -3", 'Z', Fmt(3, kSignLeading, kStyleIbm), -3, "}03"},
@@ -96,7 +102,8 @@ TEST(DecimalCodecs, DocumentedLayouts) {
       {"zoned acucobol trailing -5", 'Z', Fmt(3, kSignTrailing, kStyleAcuCobol), -5, "00N"},
       {"zoned acucobol leading -5", 'Z', Fmt(3, kSignLeading, kStyleAcuCobol), -5, "005"},
       {"zoned unisys trailing -5", 'Z', Fmt(3, kSignTrailing, kStyleUnisys), -5, "005"},
-      {"zoned trailing separate -12", 'Z', Fmt(4, kSignTrailingSeparate, kStyleMfCobol), -12, "012-"},
+      {"zoned trailing separate -12", 'Z', Fmt(4, kSignTrailingSeparate, kStyleMfCobol), -12,
+       "012-"},
       {"zoned trailing separate 12", 'Z', Fmt(4, kSignTrailingSeparate, kStyleMfCobol), 12, "012+"},
       {"zoned leading separate -12", 'Z', Fmt(4, kSignLeadingSeparate, kStyleMfCobol), -12, "-012"},
       {"zoned leading separate 12", 'Z', Fmt(4, kSignLeadingSeparate, kStyleMfCobol), 12, "0012"},
@@ -106,9 +113,15 @@ TEST(DecimalCodecs, DocumentedLayouts) {
     SCOPED_TRACE(c.what);
     std::string got;
     switch (c.kind) {
-      case 'P': got = WriteWhole(PutPack, c.fmt, c.value); break;
-      case 'B': got = WriteWhole(PutBCD, c.fmt, c.value); break;
-      default: got = WriteWhole(PutZone, c.fmt, c.value); break;
+      case 'P':
+        got = WriteWhole(kPutPack, c.fmt, c.value);
+        break;
+      case 'B':
+        got = WriteWhole(kPutBCD, c.fmt, c.value);
+        break;
+      default:
+        got = WriteWhole(kPutZone, c.fmt, c.value);
+        break;
     }
     EXPECT_EQ(Hex(reinterpret_cast<const uint8_t*>(got.data()), got.size()),
               Hex(reinterpret_cast<const uint8_t*>(c.bytes.data()), c.bytes.size()));
@@ -128,10 +141,11 @@ TEST(DecimalCodecs, ReadingRules) {
       {"packed 0xD is negative", 'P', Fmt(2, kSignTrailing, kStyleIbm), "\x12\x3D", -123},
       {"packed unsigned reads the sign nibble as a digit", 'P',
        Fmt(2, kSignTrailing, kStyleIbm, false), "\x12\x34", 1234},
-      {"packed unsigned stops at 0xF", 'P', Fmt(2, kSignTrailing, kStyleIbm, false), "\x12\x3F", 123},
+      {"packed unsigned stops at 0xF", 'P', Fmt(2, kSignTrailing, kStyleIbm, false), "\x12\x3F",
+       123},
       {"packed leading 0x5", 'P', Fmt(2, kSignLeading, kStyleIbm, false), "\x51\x23", -123},
-      {"packed bad nibble ends the number", 'P', Fmt(3, kSignTrailing, kStyleIbm),
-       "\x12\xA4\x5C", 12},
+      {"packed bad nibble ends the number", 'P', Fmt(3, kSignTrailing, kStyleIbm), "\x12\xA4\x5C",
+       12},
       {"packed length 0", 'P', Fmt(0, kSignTrailing, kStyleIbm), "", -999999},
       {"bcd negative", 'B', Fmt(3, kSignTrailing, kStyleIbm), std::string("\x04\x02\x0D", 3), -42},
       {"zoned blanks trimmed", 'Z', Fmt(5, kSignTrailingSeparate, kStyleIbm), " 12- ", -12},
@@ -156,18 +170,59 @@ TEST(DecimalCodecs, ReadingRules) {
     const uint8_t* p = reinterpret_cast<const uint8_t*>(c.bytes.data());
     bool ok;
     switch (c.kind) {
-      case 'P': ok = GetPack(p, c.fmt, &t); break;
-      case 'B': ok = GetBCD(p, c.fmt, &t); break;
-      default: ok = GetZone(p, c.fmt, &t, nullptr); break;
+      case 'P':
+        ok = GetPack(p, c.fmt, &t);
+        break;
+      case 'B':
+        ok = GetBCD(p, c.fmt, &t);
+        break;
+      default:
+        ok = GetZone(p, c.fmt, &t, nullptr);
+        break;
     }
     EXPECT_EQ(ReadNumber(ok, t), c.value);
   }
   NumberText t;
   bool unknown = false;
-  GetZone(reinterpret_cast<const uint8_t*>("123"), Fmt(3, kSignLeading, kStyleUnisys), &t, &unknown);
+  GetZone(reinterpret_cast<const uint8_t*>("123"), Fmt(3, kSignLeading, kStyleUnisys), &t,
+          &unknown);
   EXPECT_TRUE(unknown);
-  GetZone(reinterpret_cast<const uint8_t*>("123"), Fmt(3, kSignTrailing, kStyleUnisys), &t, &unknown);
+  GetZone(reinterpret_cast<const uint8_t*>("123"), Fmt(3, kSignTrailing, kStyleUnisys), &t,
+          &unknown);
   EXPECT_FALSE(unknown);
+}
+
+// The writers from a whole magnitude lay out the same bytes as from text.
+TEST(DecimalCodecs, WholeWritersMatchTextWriters) {
+  std::mt19937_64 rng(23);
+  const long positions[] = {kSignLeading, kSignTrailing, kSignLeadingSeparate,
+                            kSignTrailingSeparate, kSignNone};
+  const long styles[] = {kStyleIbm, kStyleMfCobol, kStyleWang, kStyleAcuCobol};
+  for (int i = 0; i < 20000; ++i) {
+    DecimalFormat f = Fmt(1 + static_cast<int>(rng() % 22), positions[rng() % 5], styles[rng() % 4],
+                          (rng() & 1) != 0);
+    f.pad = "\0 0*"[rng() % 4];
+    const uint64_t mag = rng() >> (rng() % 64);
+    const bool neg = rng() & 1;
+    const std::string digits = std::to_string(mag);
+    uint8_t a[32], b[32];
+    PutPack(a, f, digits.data(), digits.size(), neg);
+    PutPack(b, f, mag, neg);
+    ASSERT_EQ(Hex(a, f.length), Hex(b, f.length)) << mag;
+    PutZone(a, f, digits.data(), digits.size(), neg);
+    PutZone(b, f, mag, neg);
+    ASSERT_EQ(Hex(a, f.length), Hex(b, f.length)) << mag;
+  }
+  uint64_t m = 0;
+  const double ties[] = {0.5, 1.5, 2.5, 4503599627370495.5};
+  for (double v : ties) {
+    ASSERT_TRUE(WholeMagnitude(v, &m));
+    char want[40];
+    snprintf(want, sizeof(want), "%.0f", v);
+    EXPECT_EQ(std::to_string(m), want);
+  }
+  EXPECT_FALSE(WholeMagnitude(std::nan(""), &m));
+  EXPECT_FALSE(WholeMagnitude(1e20, &m));
 }
 
 // The whole-number shortcut of the packed reader agrees with its text.
@@ -184,8 +239,8 @@ TEST(DecimalCodecs, PackedShortcutMatchesText) {
       if (rng() % 4 != 0) x = static_cast<uint8_t>((x % 10) << 4 | (x / 10 % 10));
     }
     if (rng() & 1) b[rng() % 12] = static_cast<uint8_t>(0x0D | (rng() % 10) << 4);
-    DecimalFormat f = Fmt(1 + static_cast<int>(rng() % 12), positions[rng() % 5],
-                          styles[rng() % 2], (rng() & 1) != 0);
+    DecimalFormat f = Fmt(1 + static_cast<int>(rng() % 12), positions[rng() % 5], styles[rng() % 2],
+                          (rng() & 1) != 0);
     int64_t whole;
     if (!GetPackWhole(b, f, &whole)) continue;
     ++shortcuts;
@@ -196,15 +251,42 @@ TEST(DecimalCodecs, PackedShortcutMatchesText) {
   EXPECT_GT(shortcuts, 1000);
 }
 
+// The whole-number shortcut of the zoned reader agrees with its text.
+TEST(DecimalCodecs, ZonedShortcutMatchesText) {
+  std::mt19937_64 rng(19);
+  const long positions[] = {kSignLeading, kSignTrailing, kSignLeadingSeparate,
+                            kSignTrailingSeparate, kSignNone};
+  const long styles[] = {kStyleIbm, kStyleMfCobol, kStyleWang, kStyleAcuCobol};
+  const char alphabet[] = "0123456789{}ABJRpqyPY+- .,\xD5\xF3";
+  int shortcuts = 0;
+  for (int i = 0; i < 50000; ++i) {
+    uint8_t b[20];
+    for (uint8_t& x : b) {
+      x = (rng() % 3 != 0) ? static_cast<uint8_t>('0' + rng() % 10)
+                           : static_cast<uint8_t>(alphabet[rng() % (sizeof(alphabet) - 1)]);
+    }
+    DecimalFormat f = Fmt(1 + static_cast<int>(rng() % 19), positions[rng() % 5], styles[rng() % 4],
+                          (rng() & 1) != 0);
+    int64_t whole;
+    if (!GetZoneWhole(b, f, &whole)) continue;
+    ++shortcuts;
+    NumberText t;
+    ASSERT_TRUE(GetZone(b, f, &t, nullptr));
+    EXPECT_EQ(static_cast<double>(whole), NumberTextToDouble(t))
+        << std::string(reinterpret_cast<char*>(b), f.length);
+  }
+  EXPECT_GT(shortcuts, 1000);
+}
+
 TEST(DecimalCodecs, PadAndDBaseText) {
   DecimalFormat f = Fmt(5, kSignTrailing, kStyleMfCobol);
   f.pad = ' ';
-  EXPECT_EQ(WriteWhole(PutZone, f, 12), "   12");
-  EXPECT_EQ(WriteWhole(PutZone, f, 0), "    0");
-  EXPECT_EQ(WriteWhole(PutZone, f, -12), "   1r");
+  EXPECT_EQ(WriteWhole(kPutZone, f, 12), "   12");
+  EXPECT_EQ(WriteWhole(kPutZone, f, 0), "    0");
+  EXPECT_EQ(WriteWhole(kPutZone, f, -12), "   1r");
   f.pad = '*';
   f.sign_pos = kSignTrailingSeparate;
-  EXPECT_EQ(WriteWhole(PutZone, f, -12), "**12-");
+  EXPECT_EQ(WriteWhole(kPutZone, f, -12), "**12-");
 
   uint8_t out[16];
   PutDBNumber(out, 8, 2, 3.14159);
@@ -443,10 +525,18 @@ TEST(FloatCodecs, IntelExtendedAgainstTheHardware) {
     std::memcpy(b, &sig, 8);
     int exp;
     switch (i % 4) {
-      case 0: exp = static_cast<int>(rng() % 0x8000); break;
-      case 1: exp = 16383 - 1100 + static_cast<int>(rng() % 2200); break;
-      case 2: exp = 16383 - 1023 - 64 + static_cast<int>(rng() % 70); break;
-      default: exp = (rng() & 1) ? 0 : 0x7FFF; break;
+      case 0:
+        exp = static_cast<int>(rng() % 0x8000);
+        break;
+      case 1:
+        exp = 16383 - 1100 + static_cast<int>(rng() % 2200);
+        break;
+      case 2:
+        exp = 16383 - 1023 - 64 + static_cast<int>(rng() % 70);
+        break;
+      default:
+        exp = (rng() & 1) ? 0 : 0x7FFF;
+        break;
     }
     if (exp != 0) b[7] |= 0x80;  // the hardware rejects unnormals
     exp |= (rng() & 1) ? 0x8000 : 0;
@@ -492,12 +582,11 @@ TEST(PunchCodecs, HollerithCardCode) {
       {'J', "14 00"},  // 11-1
       {'S', "0A 00"},  // 0-2
       {'Z', "08 01"},  // 0-9
-      {'0', "08 00"},  {'1', "04 00"}, {'9', "00 01"},
-      {'&', "20 00"},  {'-', "10 00"}, {'/', "0C 00"},
-      {'.', "21 02"},  // 12-8-3
-      {'$', "11 02"},  // 11-8-3
-      {',', "09 02"},  // 0-8-3
-      {'#', "01 02"},  // 8-3
+      {'0', "08 00"}, {'1', "04 00"}, {'9', "00 01"}, {'&', "20 00"},
+      {'-', "10 00"}, {'/', "0C 00"}, {'.', "21 02"},  // 12-8-3
+      {'$', "11 02"},                                  // 11-8-3
+      {',', "09 02"},                                  // 0-8-3
+      {'#', "01 02"},                                  // 8-3
       {' ', "00 00"},
   };
   for (const Case& c : cases) {
@@ -510,8 +599,7 @@ TEST(PunchCodecs, HollerithCardCode) {
     EXPECT_EQ(std::string(t.data()), std::string(1, c.c));
   }
   // Every character of the code round-trips; lower case is punched as upper.
-  const std::string all =
-      "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ &-/.<(+|!$*);,%_>?:#@'=\"";
+  const std::string all = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ &-/.<(+|!$*);,%_>?:#@'=\"";
   std::vector<uint8_t> buf(2 * all.size() + 1);
   PutCBAlphaNumeric(buf.data(), static_cast<int>(buf.size()), all.data(),
                     static_cast<int>(all.size()));

@@ -123,11 +123,22 @@ TEST(Engine, DoubleRoundTripEveryNumericType) {
 
 // The other value kinds through the same table.
 TEST(Engine, IntegerAndDecimalKindsRoundTrip) {
-  const DATATYPE types[] = {ZQDT_SHORT, ZQDT_INTEGER, ZQDT_DECIMAL, ZQDT_PACKED,
-                            ZQDT_COMP3, ZQDT_ZONED, ZQDT_DISPLAY_SIGN_LEADING_SEP,
-                            ZQDT_COMP, ZQDT_COMP5, ZQDT_COMPX,
-                            ZQDT_BINARY24, ZQDT_TEC_BINARY, ZQDT_BINARY64,
-                            ZQDT_IBM_FLOAT, ZQDT_INTEL_FLOAT80, ZQDT_ACCPAC};
+  const DATATYPE types[] = {ZQDT_SHORT,
+                            ZQDT_INTEGER,
+                            ZQDT_DECIMAL,
+                            ZQDT_PACKED,
+                            ZQDT_COMP3,
+                            ZQDT_ZONED,
+                            ZQDT_DISPLAY_SIGN_LEADING_SEP,
+                            ZQDT_COMP,
+                            ZQDT_COMP5,
+                            ZQDT_COMPX,
+                            ZQDT_BINARY24,
+                            ZQDT_TEC_BINARY,
+                            ZQDT_BINARY64,
+                            ZQDT_IBM_FLOAT,
+                            ZQDT_INTEL_FLOAT80,
+                            ZQDT_ACCPAC};
   const long values[] = {0, 1, -1, 77, -4321, 9999};
   for (DATATYPE ty : types) {
     ZQDType t(ty);
@@ -272,8 +283,8 @@ TEST(Engine, DocumentedAsymmetries) {
   EXPECT_EQ(d, 0.0);
 
   // Types without a numeric codec return 0 and write nothing.
-  for (DATATYPE t : {ZQDT_TEXT, ZQDT_COMPLEX, ZQDT_DATETIME, ZQDT_BOOLEAN,
-                     ZQDT_NAME, ZQDT_STRUCTURE, ZQDT_MEMO, ZQDT_CSTRING}) {
+  for (DATATYPE t : {ZQDT_TEXT, ZQDT_COMPLEX, ZQDT_DATETIME, ZQDT_BOOLEAN, ZQDT_NAME,
+                     ZQDT_STRUCTURE, ZQDT_MEMO, ZQDT_CSTRING}) {
     ZQDType ty(t);
     rec.clear();
     EXPECT_EQ(ty.Output(rec, 1.0), 0) << ty.TypeName();
@@ -295,19 +306,56 @@ TEST(Engine, DocumentedAsymmetries) {
 
 // A field that does not lie inside the record is no value: 0 and untouched.
 TEST(Engine, ShortRecordsAreNotReadPast) {
-  const DATATYPE all[] = {
-      ZQDT_SHORT, ZQDT_INTEGER, ZQDT_FLOAT, ZQDT_DECIMAL, ZQDT_DATE, ZQDT_TIME,
-      ZQDT_NUMBER, ZQDT_DBASE_NUMERIC, ZQDT_IBM_FLOAT, ZQDT_VAX_FLOAT32,
-      ZQDT_VAX_FLOAT64, ZQDT_BINARY64, ZQDT_MSBASIC_FLOAT, ZQDT_MSBASIC_DOUBLE,
-      ZQDT_PACKED, ZQDT_ZONED, ZQDT_CRAY_FLOAT, ZQDT_ACCPAC, ZQDT_CB_MULTIPUNCH,
-      ZQDT_CB_ALPHANUMERIC, ZQDT_CB_NUMERIC, ZQDT_BTRIEVE_DATE, ZQDT_BTRIEVE_TIME,
-      ZQDT_MAGIC_DATE, ZQDT_MAGIC_TIME, ZQDT_MAGIC_NUMBER, ZQDT_MAGIC_REAL,
-      ZQDT_MAGIC_EXTENDED, ZQDT_IEEE_FLOAT32, ZQDT_DISPLAY_SIGN_TRAILING,
-      ZQDT_DISPLAY_SIGN_LEADING_SEP, ZQDT_COMP, ZQDT_COMP1, ZQDT_COMP2,
-      ZQDT_COMP3, ZQDT_COMP5, ZQDT_COMPX, ZQDT_BINARY8, ZQDT_BINARY24,
-      ZQDT_TEC_BINARY, ZQDT_PASCAL_REAL48, ZQDT_SALESALLY_DATE,
-      ZQDT_SALESALLY_TIME, ZQDT_TIME_MINUTES, ZQDT_INTEL_FLOAT80, ZQDT_BCD,
-      ZQDT_TEXT, ZQDT_CSTRING, ZQDT_PASCAL_STRING1, ZQDT_PASCAL_STRING2};
+  const DATATYPE all[] = {ZQDT_SHORT,
+                          ZQDT_INTEGER,
+                          ZQDT_FLOAT,
+                          ZQDT_DECIMAL,
+                          ZQDT_DATE,
+                          ZQDT_TIME,
+                          ZQDT_NUMBER,
+                          ZQDT_DBASE_NUMERIC,
+                          ZQDT_IBM_FLOAT,
+                          ZQDT_VAX_FLOAT32,
+                          ZQDT_VAX_FLOAT64,
+                          ZQDT_BINARY64,
+                          ZQDT_MSBASIC_FLOAT,
+                          ZQDT_MSBASIC_DOUBLE,
+                          ZQDT_PACKED,
+                          ZQDT_ZONED,
+                          ZQDT_CRAY_FLOAT,
+                          ZQDT_ACCPAC,
+                          ZQDT_CB_MULTIPUNCH,
+                          ZQDT_CB_ALPHANUMERIC,
+                          ZQDT_CB_NUMERIC,
+                          ZQDT_BTRIEVE_DATE,
+                          ZQDT_BTRIEVE_TIME,
+                          ZQDT_MAGIC_DATE,
+                          ZQDT_MAGIC_TIME,
+                          ZQDT_MAGIC_NUMBER,
+                          ZQDT_MAGIC_REAL,
+                          ZQDT_MAGIC_EXTENDED,
+                          ZQDT_IEEE_FLOAT32,
+                          ZQDT_DISPLAY_SIGN_TRAILING,
+                          ZQDT_DISPLAY_SIGN_LEADING_SEP,
+                          ZQDT_COMP,
+                          ZQDT_COMP1,
+                          ZQDT_COMP2,
+                          ZQDT_COMP3,
+                          ZQDT_COMP5,
+                          ZQDT_COMPX,
+                          ZQDT_BINARY8,
+                          ZQDT_BINARY24,
+                          ZQDT_TEC_BINARY,
+                          ZQDT_PASCAL_REAL48,
+                          ZQDT_SALESALLY_DATE,
+                          ZQDT_SALESALLY_TIME,
+                          ZQDT_TIME_MINUTES,
+                          ZQDT_INTEL_FLOAT80,
+                          ZQDT_BCD,
+                          ZQDT_TEXT,
+                          ZQDT_CSTRING,
+                          ZQDT_PASCAL_STRING1,
+                          ZQDT_PASCAL_STRING2};
   for (DATATYPE ty : all) {
     ZQDType t(ty);
     SCOPED_TRACE(t.TypeName());
@@ -350,10 +398,24 @@ TEST(Engine, TextLayouts) {
       {ZQDT_TEXT, false, 3, "abcdef", "abc", 3},
       {ZQDT_CSTRING, false, 6, "abc", std::string("abc  \0", 6), 6},
       {ZQDT_CSTRING, true, 6, "abc", std::string("abc\0", 4), 4},
-      {ZQDT_PASCAL_STRING1, false, 6, "abc", "\x05" "abc  ", 6},
-      {ZQDT_PASCAL_STRING1, true, 6, "abc", "\x03" "abc", 4},
-      {ZQDT_PASCAL_STRING2, false, 6, "abc", std::string("\x04\x00" "abc ", 6), 6},
-      {ZQDT_PASCAL_STRING2, true, 6, "abc", std::string("\x03\x00" "abc", 5), 5},
+      {ZQDT_PASCAL_STRING1, false, 6, "abc",
+       "\x05"
+       "abc  ",
+       6},
+      {ZQDT_PASCAL_STRING1, true, 6, "abc",
+       "\x03"
+       "abc",
+       4},
+      {ZQDT_PASCAL_STRING2, false, 6, "abc",
+       std::string("\x04\x00"
+                   "abc ",
+                   6),
+       6},
+      {ZQDT_PASCAL_STRING2, true, 6, "abc",
+       std::string("\x03\x00"
+                   "abc",
+                   5),
+       5},
   };
   for (const Case& c : cases) {
     ZQDType t = Type(c.type, c.length);
@@ -370,22 +432,46 @@ TEST(Engine, TextLayouts) {
   EXPECT_STREQ(text.c_str(), "ab");
   // Fixed Pascal 1: the prefix is trusted; fixed Pascal 2: it is ignored.
   ZQDType p1 = Type(ZQDT_PASCAL_STRING1, 6);
-  EXPECT_EQ(p1.Input(ZQString("\x02" "abcdefgh"), 0, text), 6);
+  EXPECT_EQ(p1.Input(ZQString("\x02"
+                              "abcdefgh"),
+                     0, text),
+            6);
   EXPECT_STREQ(text.c_str(), "ab");
-  EXPECT_EQ(p1.Input(ZQString("\x08" "abcdefgh"), 0, text), 6);
+  EXPECT_EQ(p1.Input(ZQString("\x08"
+                              "abcdefgh"),
+                     0, text),
+            6);
   EXPECT_STREQ(text.c_str(), "abcdefgh");
   ZQDType p2 = Type(ZQDT_PASCAL_STRING2, 6);
-  EXPECT_EQ(p2.Input(ZQString(std::string("\x01\x00" "abcdefgh", 10).c_str(), 10), 0, text), 6);
+  EXPECT_EQ(p2.Input(ZQString(std::string("\x01\x00"
+                                          "abcdefgh",
+                                          10)
+                                  .c_str(),
+                              10),
+                     0, text),
+            6);
   EXPECT_STREQ(text.c_str(), "abcd");
   // Variable forms consume what they hold; prefixes are signed.
   p1.VariableLength(true);
-  EXPECT_EQ(p1.Input(ZQString("\x03" "abcdefgh"), 0, text), 4);
+  EXPECT_EQ(p1.Input(ZQString("\x03"
+                              "abcdefgh"),
+                     0, text),
+            4);
   EXPECT_STREQ(text.c_str(), "abc");
-  EXPECT_EQ(p1.Input(ZQString("\x90" "abc"), 0, text), 1);
+  EXPECT_EQ(p1.Input(ZQString("\x90"
+                              "abc"),
+                     0, text),
+            1);
   EXPECT_STREQ(text.c_str(), "");
   p2.VariableLength(true);
   p2.MSBFirst(true);
-  EXPECT_EQ(p2.Input(ZQString(std::string("\x00\x02" "abc", 5).c_str(), 5), 0, text), 4);
+  EXPECT_EQ(p2.Input(ZQString(std::string("\x00\x02"
+                                          "abc",
+                                          5)
+                                  .c_str(),
+                              5),
+                     0, text),
+            4);
   EXPECT_STREQ(text.c_str(), "ab");
   cs.VariableLength(true);
   EXPECT_EQ(cs.Input(ZQString(std::string("xyz\0q", 5).c_str(), 5), 0, text), 4);
@@ -468,7 +554,14 @@ TEST(Engine, LegacyDatesAndTimes) {
   v = 5;
   odd.Input(Raw("\x10\x0E\x00\x00", 4), 0, v);
   EXPECT_EQ(v, 0);
-  // Dates are read only by the long forms.
+  // The 64-bit integer forms carry dates too; the others do not.
+  ZQQuadWord q;
+  EXPECT_EQ(md.Input(Raw("\x01\x00\x00\x00", 4), 0, q), 4);
+  EXPECT_EQ(q.Value(), 693963);
+  rec.clear();
+  md.Output(rec, ZQQuadWord(static_cast<long long>(day)));
+  md.Input(rec, 0, v);
+  EXPECT_EQ(v, day);
   double d = 3;
   EXPECT_EQ(md.Input(Raw("\x01\x00\x00\x00", 4), 0, d), 0);
   EXPECT_EQ(d, 3);

@@ -17,6 +17,7 @@
 #include "zq/export.h"
 
 class ZQString;
+class ZQWString;
 class ZQDecimal;
 class ZQQuadWord;
 class ZQDateTime;

@@ -326,9 +326,16 @@ int64_t DecimalToInt64(const ZQDecimal& d) {
   // The 32-bit conversion truncates exactly while the value fits.
   const double approx = static_cast<double>(d);
   if (approx > -2.0e9 && approx < 2.0e9) return static_cast<int32_t>(static_cast<long>(d));
+  // Otherwise the whole part is taken from the digits and truncated to 64
+  // bits, so an unsigned 64-bit field holds values up to 2^64-1.
   char buf[ZQDecimal::kUnboundedPrintSize + 8];
   d.Print(buf, sizeof(buf), false);
-  return strtoll(buf, nullptr, 10);
+  const char* p = buf;
+  const bool neg = *p == '-';
+  if (neg || *p == '+') ++p;
+  uint64_t u = 0;
+  for (; *p >= '0' && *p <= '9'; ++p) u = u * 10u + static_cast<uint64_t>(*p - '0');
+  return static_cast<int64_t>(neg ? 0u - u : u);
 }
 
 // The 16-bit text of an 8-bit one, unit for byte.

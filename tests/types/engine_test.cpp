@@ -196,6 +196,30 @@ TEST(Engine, DecimalFormIsExact) {
   ZQDecimal bd;
   b.Input(br, 0, bd);
   EXPECT_EQ(DecimalText(bd), "-1.23");
+
+  // 64-bit binary takes the whole 64 bits: unsigned values beyond 2^63-1 and
+  // signed values at both ends, written from a decimal and read back.
+  const struct {
+    bool is_signed;
+    const char* value;
+    const char* hex;
+  } wide[] = {
+      {false, "18446744073709551615", "FF FF FF FF FF FF FF FF"},
+      {false, "9223372036854775808", "00 00 00 00 00 00 00 80"},
+      {true, "9223372036854775807", "FF FF FF FF FF FF FF 7F"},
+      {true, "-9223372036854775808", "00 00 00 00 00 00 00 80"},
+      {true, "-4294967296", "00 00 00 00 FF FF FF FF"},
+  };
+  for (const auto& w : wide) {
+    ZQDType u = Type(ZQDT_BINARY64);
+    u.Signed(w.is_signed);
+    ZQString ur;
+    ASSERT_EQ(u.Output(ur, ZQDecimal(w.value)), 8) << w.value;
+    EXPECT_EQ(Hex(ur), w.hex) << w.value;
+    ZQDecimal ud;
+    u.Input(ur, 0, ud);
+    EXPECT_EQ(DecimalText(ud), w.value);
+  }
 }
 
 TEST(Engine, DocumentedAsymmetries) {

@@ -5,41 +5,18 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
+#include <map>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "services/test_util.h"
 #include "zq/catalog.h"
 
 namespace {
 
-class TempDir {
- public:
-  TempDir() {
-    char pattern[] = "/tmp/zqcatXXXXXX";
-    path_ = mkdtemp(pattern);
-  }
-  ~TempDir() { Run("rm -rf '" + path_ + "'"); }
-  std::string File(const std::string& name) const { return path_ + "/" + name; }
-  const std::string& path() const { return path_; }
-  static int Run(const std::string& cmd) { return system(cmd.c_str()); }
-
- private:
-  std::string path_;
-};
-
-void WriteFile(const std::string& path, const std::string& data) {
-  std::ofstream(path, std::ios::binary) << data;
-}
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
+using zqtest::ReadFile;
+using zqtest::TempDir;
 
 using WStr = std::basic_string<unsigned short>;
 
@@ -49,38 +26,27 @@ WStr U16(const char16_t* s) {
   return w;
 }
 
+// One entry a line.
 const char kGermanPo[] =
-    "# German messages\n"
-    "msgid \"\"\n"
-    "msgstr \"\"\n"
-    "\"Content-Type: text/plain; charset=UTF-8\\n\"\n"
-    "\"Plural-Forms: nplurals=2; plural=(n != 1);\\n\"\n"
-    "\n"
-    "msgid \"Not open\"\n"
-    "msgstr \"Nicht ge\xC3\xB6" "ffnet\"\n"
-    "\n"
-    "#, c-format\n"
-    "msgid \"Error %d reading from file\"\n"
-    "msgstr \"Fehler %d beim Lesen \\\"\xE2\x82\xAC\\\"\"\n"
-    "\n"
-    "msgid \"one file\"\n"
-    "msgid_plural \"%d files\"\n"
-    "msgstr[0] \"eine Datei\"\n"
-    "msgstr[1] \"%d Dateien\"\n"
-    "\n"
-    "msgctxt \"menu\"\n"
-    "msgid \"Open\"\n"
-    "msgstr \"\xC3\x96" "ffnen\"\n"
-    "\n"
-    "#, fuzzy\n"
-    "msgid \"Unsure\"\n"
-    "msgstr \"Unsicher\"\n"
-    "\n"
-    "msgid \"Untranslated\"\n"
-    "msgstr \"\"\n"
-    "\n"
-    "msgid \"Astral \xF0\x9F\x98\x80\"\n"
-    "msgstr \"Stern \xF0\x9F\x98\x80\"\n";
+    "# German messages\nmsgid \"\"\nmsgstr \"\"\n\"Content-Type: text/plain; charset=UTF-8\\n\"\n"
+    "\"Plural-Forms: nplurals=2; plural=(n != 1);\\n\"\n\n"
+    "msgid \"Not open\"\nmsgstr \"Nicht ge\xC3\xB6" "ffnet\"\n\n"
+    "#, c-format\nmsgid \"Error %d reading from file\"\n"
+    "msgstr \"Fehler %d beim Lesen \\\"\xE2\x82\xAC\\\"\"\n\n"
+    "msgid \"one file\"\nmsgid_plural \"%d files\"\n"
+    "msgstr[0] \"eine Datei\"\nmsgstr[1] \"%d Dateien\"\n\n"
+    "msgctxt \"menu\"\nmsgid \"Open\"\nmsgstr \"\xC3\x96" "ffnen\"\n\n"
+    "#, fuzzy\nmsgid \"Unsure\"\nmsgstr \"Unsicher\"\n\n"
+    "msgid \"Untranslated\"\nmsgstr \"\"\n\n"
+    "msgid \"Astral \xF0\x9F\x98\x80\"\nmsgstr \"Stern \xF0\x9F\x98\x80\"\n";
+
+// Compiles kGermanPo with msgfmt and `flags` into the directory.
+std::string GermanMo(const TempDir& dir, const std::string& flags = "") {
+  std::string mo = dir.File("de" + flags + ".mo");
+  std::string po = dir.Write("de.po", kGermanPo);
+  EXPECT_EQ(TempDir::Run("msgfmt " + flags + " -o '" + mo + "' '" + po + "'"), 0);
+  return mo;
+}
 
 void CheckGerman(const ZQMessageCatalog& cat) {
   EXPECT_STREQ(cat.Find("Not open"), "Nicht ge\xC3\xB6" "ffnet");
@@ -98,14 +64,9 @@ void CheckGerman(const ZQMessageCatalog& cat) {
 
 TEST(MessageCatalog, ReadsWhatMsgfmtWritesInBothByteOrders) {
   TempDir dir;
-  WriteFile(dir.File("de.po"), kGermanPo);
   for (const char* endian : {"little", "big"}) {
-    std::string mo = dir.File(std::string("de-") + endian + ".mo");
-    ASSERT_EQ(TempDir::Run("msgfmt --endianness=" + std::string(endian) + " -o '" + mo + "' '" +
-                           dir.File("de.po") + "'"),
-              0);
     ZQMessageCatalog cat;
-    ASSERT_TRUE(cat.Load(mo.c_str())) << endian;
+    ASSERT_TRUE(cat.Load(GermanMo(dir, std::string("--endianness=") + endian).c_str())) << endian;
     CheckGerman(cat);
   }
   ZQMessageCatalog cat;
@@ -116,10 +77,7 @@ TEST(MessageCatalog, ReadsWhatMsgfmtWritesInBothByteOrders) {
 
 TEST(MessageCatalog, RejectsTruncatedAndSurvivesCorruptFiles) {
   TempDir dir;
-  WriteFile(dir.File("de.po"), kGermanPo);
-  std::string mo = dir.File("de.mo");
-  ASSERT_EQ(TempDir::Run("msgfmt -o '" + mo + "' '" + dir.File("de.po") + "'"), 0);
-  std::string data = ReadFile(mo);
+  std::string data = ReadFile(GermanMo(dir));
   ZQMessageCatalog cat;
   for (size_t n = 0; n < data.size(); ++n) {
     // Every cut loses the terminator of the last string at least.
@@ -144,10 +102,7 @@ TEST(MessageCatalog, RejectsTruncatedAndSurvivesCorruptFiles) {
 
 TEST(MessageCatalog, LgettextTranslatesThroughTheProcessCatalogue) {
   TempDir dir;
-  WriteFile(dir.File("de.po"), kGermanPo);
-  std::string mo = dir.File("de.mo");
-  ASSERT_EQ(TempDir::Run("msgfmt -o '" + mo + "' '" + dir.File("de.po") + "'"), 0);
-  ASSERT_TRUE(LoadMessageCatalog(mo.c_str()));
+  ASSERT_TRUE(LoadMessageCatalog(GermanMo(dir).c_str()));
   WStr id = U16(u"Not open");
   const unsigned short* t = lgettext(id.c_str());
   EXPECT_EQ(WStr(t), U16(u"Nicht ge\u00f6ffnet"));
@@ -160,8 +115,8 @@ TEST(MessageCatalog, LgettextTranslatesThroughTheProcessCatalogue) {
   EXPECT_EQ(lgettext(static_cast<const char*>(nullptr)), nullptr);
   EXPECT_EQ(lgettext(static_cast<const unsigned short*>(nullptr)), nullptr);
   // A bad catalogue leaves every message as it is; earlier texts stay valid.
-  WriteFile(dir.File("bad.mo"), std::string("\xde\x12\x04\x95garbage", 11));
-  EXPECT_FALSE(LoadMessageCatalog(dir.File("bad.mo").c_str()));
+  std::string bad = dir.Write("bad.mo", std::string("\xde\x12\x04\x95garbage", 11));
+  EXPECT_FALSE(LoadMessageCatalog(bad.c_str()));
   EXPECT_EQ(lgettext(id.c_str()), id.c_str());
   EXPECT_EQ(WStr(t), U16(u"Nicht ge\u00f6ffnet"));
   LoadMessageCatalog(nullptr);
@@ -179,16 +134,13 @@ TEST(MessageCatalog, SearchOrder) {
   TempDir dir;
   auto make = [&](const std::string& sub, const std::string& text) {
     TempDir::Run("mkdir -p '" + dir.File(sub) + "'");
-    std::string po = dir.File("tmp.po");
-    WriteFile(po, "msgid \"Not open\"\nmsgstr \"" + text + "\"\n");
+    std::string po = dir.Write("tmp.po", "msgid \"Not open\"\nmsgstr \"" + text + "\"\n");
     ASSERT_EQ(TempDir::Run("msgfmt -o '" + dir.File(sub + "/messages.mo") + "' '" + po + "'"), 0);
   };
   auto child = [&](const std::string& lang, const std::string& expect) {
-    std::string cmd = "env -u LC_ALL -u LC_MESSAGES ZQLIB='" + dir.path() + "' LANG='" + lang +
-                      "' ZQ_CATALOG_EXPECT='" + expect +
-                      "' /proc/" + std::to_string(getpid()) +
-                      "/exe --gtest_filter=MessageCatalog.SearchChild > /dev/null";
-    return TempDir::Run(cmd);
+    return TempDir::Run("env -u LC_ALL -u LC_MESSAGES ZQLIB='" + dir.path() + "' LANG='" + lang +
+                        "' ZQ_CATALOG_EXPECT='" + expect + "' /proc/" + std::to_string(getpid()) +
+                        "/exe --gtest_filter=MessageCatalog.SearchChild > /dev/null");
   };
   EXPECT_EQ(child("de_DE.UTF-8", "Not open"), 0);  // no catalogue: identity
   make(".", "root");
@@ -206,26 +158,13 @@ TEST(MessageCatalog, SearchOrder) {
 }
 
 const char kSourcePo[] =
-    "msgid \"\"\n"
-    "msgstr \"Content-Type: text/plain; charset=UTF-8\\n\"\n"
-    "\"Plural-Forms: nplurals=2; plural=(n != 1);\\n\"\n"
-    "\n"
-    "# Translator comment\n"
-    "#: src/a.cpp:10\n"
-    "#, fuzzy, c-format\n"
-    "msgid \"A %d\"\n"
-    "msgstr \"B %d\"\n"
-    "\n"
-    "msgid \"\"\n"
-    "\"multi\\n\"\n"
-    "\"line\\ttext\"\n"
-    "msgstr \"mehr\\nzeilig \\\\ \\\"q\\\" \\101\\x42\"\n"
-    "\n"
-    "msgctxt \"ctx\"\n"
-    "msgid \"file\"\n"
-    "msgid_plural \"files\"\n"
-    "msgstr[0] \"Datei\"\n"
-    "msgstr[1] \"Dateien\"\n";
+    "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=UTF-8\\n\"\n"
+    "\"Plural-Forms: nplurals=2; plural=(n != 1);\\n\"\n\n"
+    "# Translator comment\n#: src/a.cpp:10\n#, fuzzy, c-format\nmsgid \"A %d\"\nmsgstr \"B %d\"\n\n"
+    "msgid \"\"\n\"multi\\n\"\n\"line\\ttext\"\n"
+    "msgstr \"mehr\\nzeilig \\\\ \\\"q\\\" \\101\\x42\"\n\n"
+    "msgctxt \"ctx\"\nmsgid \"file\"\nmsgid_plural \"files\"\n"
+    "msgstr[0] \"Datei\"\nmsgstr[1] \"Dateien\"\n";
 
 TEST(PoFile, ParsesWritesAndCompilesLikeGettext) {
   ZQPoFile po;
@@ -245,7 +184,9 @@ TEST(PoFile, ParsesWritesAndCompilesLikeGettext) {
   TempDir dir;
   po.entries()[1].fuzzy = false;
   ASSERT_TRUE(po.Write(dir.File("out.po").c_str()));
-  ASSERT_EQ(TempDir::Run("msgfmt --check-format -o '" + dir.File("out.mo") + "' '" + dir.File("out.po") + "'"), 0);
+  ASSERT_EQ(TempDir::Run("msgfmt --check-format -o '" + dir.File("out.mo") + "' '" +
+                         dir.File("out.po") + "'"),
+            0);
   ZQMessageCatalog cat;
   ASSERT_TRUE(cat.Load(dir.File("out.mo").c_str()));
   EXPECT_STREQ(cat.Find("A %d"), "B %d");
@@ -256,22 +197,20 @@ TEST(PoFile, ParsesWritesAndCompilesLikeGettext) {
   EXPECT_EQ(again.Format(), po.Format());
 
   // What we compile, msgunfmt reads back to the same entries.
-  WriteFile(dir.File("ours.mo"), po.Compile());
-  ASSERT_EQ(TempDir::Run("msgunfmt -o '" + dir.File("back.po") + "' '" + dir.File("ours.mo") + "'"), 0);
+  std::string ours = dir.Write("ours.mo", po.Compile());
+  ASSERT_EQ(TempDir::Run("msgunfmt -o '" + dir.File("back.po") + "' '" + ours + "'"), 0);
   ZQPoFile back;
   ASSERT_TRUE(back.Read(dir.File("back.po").c_str())) << back.Error();
-  ASSERT_EQ(back.entries().size(), 4u);
-  for (const ZQPoEntry& e : back.entries()) {
-    bool matched = false;
-    for (const ZQPoEntry& o : po.entries()) {
-      if (o.msgid == e.msgid && o.msgctxt == e.msgctxt) {
-        matched = true;
-        EXPECT_EQ(e.msgstr, o.msgstr);
-        EXPECT_EQ(e.msgid_plural, o.msgid_plural);
-      }
+  auto by_key = [](const ZQPoFile& f) {  // msgctxt, msgid -> msgid_plural, msgstr...
+    std::map<std::vector<std::string>, std::vector<std::string>> m;
+    for (const ZQPoEntry& e : f.entries()) {
+      m[{e.msgctxt, e.msgid}] = e.msgstr;
+      m[{e.msgctxt, e.msgid}].push_back(e.msgid_plural);
     }
-    EXPECT_TRUE(matched) << e.msgid;
-  }
+    return m;
+  };
+  EXPECT_EQ(back.entries().size(), 4u);
+  EXPECT_EQ(by_key(back), by_key(po));
 }
 
 TEST(PoFile, ReportsSyntaxErrorsWithTheirLine) {

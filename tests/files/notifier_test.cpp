@@ -18,21 +18,17 @@ class NotifierTest : public ::testing::Test {
   void TearDown() override { zq::platform::SetSecondsSourceForTesting(nullptr); }
 };
 
+// One Notify call and the rate, threshold and update count expected after it.
 struct Step {
-  long seconds_after_start;
-  long progress;
-  long rate;       // expected after the call
-  long threshold;  // expected after the call
-  int updates;     // expected after the call
-};
-
-struct RateCase {
-  const char* name;
-  std::vector<Step> steps;
+  long seconds_after_start, progress, rate, threshold;
+  int updates;
 };
 
 TEST_F(NotifierTest, RateIsRecomputedAtMostOncePerSecondPastTheThreshold) {
-  const RateCase cases[] = {
+  const struct {
+    const char* name;
+    std::vector<Step> steps;
+  } cases[] = {
       {"same second never changes the rate", {{0, 10, 0, 0, 0}, {0, 5000, 0, 0, 0}}},
       {"1000 after 2 s gives 500 and threshold 1400", {{2, 1000, 500, 1400, 1}}},
       {"below the threshold nothing moves",
@@ -41,7 +37,7 @@ TEST_F(NotifierTest, RateIsRecomputedAtMostOncePerSecondPastTheThreshold) {
        {{1, 100, 100, 180, 1}, {1, 900, 100, 180, 1}, {2, 900, 450, 1260, 2}}},
       {"progress 0 never exceeds the initial threshold", {{3, 0, 0, 0, 0}}},
   };
-  for (const RateCase& c : cases) {
+  for (const auto& c : cases) {
     ZQNotifier n;
     n.StartNotification(5000);
     const long start = g_now;

@@ -62,8 +62,7 @@ TEST(FrameMemory, SubHeapMask) {
 
 // ---- the zq::Mem* routines and the exported family ------------------------
 
-// One allocation interface: the library's own routines, or the exported C
-// functions as any caller of the process reaches them.
+// One allocation interface.
 struct Api {
   const char* name;
   void* (*alloc)(size_t);
@@ -78,23 +77,24 @@ size_t MemSizeMutable(void* p) { return zq::MemSize(p); }
 const Api kMem = {"zq::Mem", zq::MemAlloc, zq::MemCalloc, zq::MemRealloc, zq::MemFree,
                   MemSizeMutable};
 
-// The exported allocator as resolved by the dynamic linker, or null fields
-// when the library does not export it (sanitizer builds).
-Api ExportedApi() {
-  Api api{"exported", nullptr, nullptr, nullptr, nullptr, nullptr};
-  if (!dlsym(RTLD_DEFAULT, "_msize")) return api;
-  api.alloc = reinterpret_cast<void* (*)(size_t)>(dlsym(RTLD_DEFAULT, "malloc"));
-  api.calloc = reinterpret_cast<void* (*)(size_t, size_t)>(dlsym(RTLD_DEFAULT, "calloc"));
-  api.realloc = reinterpret_cast<void* (*)(void*, size_t)>(dlsym(RTLD_DEFAULT, "realloc"));
-  api.free = reinterpret_cast<void (*)(void*)>(dlsym(RTLD_DEFAULT, "free"));
-  api.size = reinterpret_cast<size_t (*)(void*)>(dlsym(RTLD_DEFAULT, "_msize"));
-  return api;
+// The library exports the malloc family except in sanitizer builds.
+bool Exported() { return dlsym(RTLD_DEFAULT, "_msize") != nullptr; }
+
+// An entry point as the dynamic linker resolves it for the whole process.
+template <typename F>
+F Sym(const char* name) {
+  return reinterpret_cast<F>(dlsym(RTLD_DEFAULT, name));
 }
 
+// The library's own routines, and the exported C functions when it exports them.
 std::vector<Api> Apis() {
   std::vector<Api> apis{kMem};
-  Api exported = ExportedApi();
-  if (exported.alloc) apis.push_back(exported);
+  if (Exported()) {
+    apis.push_back({"exported", Sym<void* (*)(size_t)>("malloc"),
+                    Sym<void* (*)(size_t, size_t)>("calloc"),
+                    Sym<void* (*)(void*, size_t)>("realloc"), Sym<void (*)(void*)>("free"),
+                    Sym<size_t (*)(void*)>("_msize")});
+  }
   return apis;
 }
 
@@ -104,21 +104,18 @@ void Fill(void* p, size_t n, unsigned seed) {
 }
 
 bool Holds(const void* p, size_t n, unsigned seed) {
-  auto* b = static_cast<const unsigned char*>(p);
-  for (size_t i = 0; i < n; ++i) {
-    if (b[i] != static_cast<unsigned char>(seed + i * 7)) return false;
-  }
-  return true;
+  std::vector<unsigned char> want(n);
+  Fill(want.data(), n, seed);
+  return n == 0 || std::memcmp(p, want.data(), n) == 0;
 }
 
 TEST(FrameMemory, ReallocAlwaysMovesAndCopiesWhatFits) {
   for (const Api& api : Apis()) {
     SCOPED_TRACE(api.name);
-    // A null block: allocate.
+    // A null block allocates; size zero frees and returns null.
     void* p = api.realloc(nullptr, 40);
     ASSERT_NE(p, nullptr);
     EXPECT_GE(api.size(p), 40u);
-    // Size zero: free and return null.
     EXPECT_EQ(api.realloc(p, 0), nullptr);
 
     // Growing copies the old block's whole usable size (as much as fits).
@@ -156,7 +153,7 @@ TEST(FrameMemory, ReallocAlwaysMovesAndCopiesWhatFits) {
   }
 }
 
-TEST(FrameMemory, CallocZeroesAndRejectsOverflow) {
+TEST(FrameMemory, CallocZeroSizesErrnoAndNull) {
   for (const Api& api : Apis()) {
     SCOPED_TRACE(api.name);
     // Reused memory is zeroed too.
@@ -181,29 +178,18 @@ TEST(FrameMemory, CallocZeroesAndRejectsOverflow) {
       EXPECT_EQ(api.calloc(count, size), nullptr);
       EXPECT_EQ(errno, ENOMEM);
     }
-  }
-}
-
-TEST(FrameMemory, ZeroSizeErrnoAndNull) {
-  for (const Api& api : Apis()) {
-    SCOPED_TRACE(api.name);
-    std::set<void*> seen;
-    std::vector<void*> held;
+    std::set<void*> held;
     for (int i = 0; i < 100; ++i) {
       void* p = api.alloc(0);
       ASSERT_NE(p, nullptr);
-      EXPECT_TRUE(seen.insert(p).second) << "malloc(0) repeated a live pointer";
-      held.push_back(p);
+      EXPECT_TRUE(held.insert(p).second) << "malloc(0) repeated a live pointer";
     }
+    held.insert(api.alloc(5u << 20));
     for (void* p : held) {
       errno = 4321;
       api.free(p);
       EXPECT_EQ(errno, 4321);
     }
-    void* large = api.alloc(5u << 20);
-    errno = 4321;
-    api.free(large);
-    EXPECT_EQ(errno, 4321);
     api.free(nullptr);
     EXPECT_EQ(api.size(nullptr), 0u);
     errno = 0;
@@ -215,7 +201,7 @@ TEST(FrameMemory, ZeroSizeErrnoAndNull) {
 // ---- the process-wide exports ---------------------------------------------
 
 TEST(FrameMemory, ProcessRunsOnTheExportedAllocator) {
-  if (!dlsym(RTLD_DEFAULT, "_msize")) GTEST_SKIP() << "malloc family not exported in this build";
+  if (!Exported()) GTEST_SKIP() << "malloc family not exported in this build";
   // Every entry point of the family, as the dynamic linker resolves it for
   // the whole process, lives in the runtime library.
   const char* names[] = {
@@ -255,16 +241,13 @@ TEST(FrameMemory, ProcessRunsOnTheExportedAllocator) {
   EXPECT_EQ(info.uordblks, 0u);
 }
 
-TEST(FrameMemory, AlignedFamily) {
-  using PosixMemalign = int (*)(void**, size_t, size_t);
-  using AlignedAlloc = void* (*)(size_t, size_t);
-  using Valloc = void* (*)(size_t);
-  if (!dlsym(RTLD_DEFAULT, "_msize")) GTEST_SKIP() << "malloc family not exported in this build";
-  auto pm = reinterpret_cast<PosixMemalign>(dlsym(RTLD_DEFAULT, "posix_memalign"));
-  auto aa = reinterpret_cast<AlignedAlloc>(dlsym(RTLD_DEFAULT, "aligned_alloc"));
-  auto ma = reinterpret_cast<AlignedAlloc>(dlsym(RTLD_DEFAULT, "memalign"));
-  auto va = reinterpret_cast<Valloc>(dlsym(RTLD_DEFAULT, "valloc"));
-  auto pva = reinterpret_cast<Valloc>(dlsym(RTLD_DEFAULT, "pvalloc"));
+TEST(FrameMemory, AlignedFamilyAndOperatorNew) {
+  if (!Exported()) GTEST_SKIP() << "malloc family not exported in this build";
+  auto pm = Sym<int (*)(void**, size_t, size_t)>("posix_memalign");
+  auto aa = Sym<void* (*)(size_t, size_t)>("aligned_alloc");
+  auto ma = Sym<void* (*)(size_t, size_t)>("memalign");
+  auto va = Sym<void* (*)(size_t)>("valloc");
+  auto pva = Sym<void* (*)(size_t)>("pvalloc");
   const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
 
   for (size_t align : {8, 16, 32, 64, 128, 4096, 65536, 1 << 22}) {
@@ -280,14 +263,10 @@ TEST(FrameMemory, AlignedFamily) {
         std::memset(b, 0x3C, malloc_usable_size(b));
       }
       // Realloc of an aligned block keeps its contents.
-      void* moved = realloc(p, n + 100);
+      auto* moved = static_cast<unsigned char*>(realloc(p, n + 100));
       ASSERT_NE(moved, nullptr);
-      if (n > 0) {
-        EXPECT_EQ(static_cast<unsigned char*>(moved)[n - 1], 0x3C);
-      }
-      free(moved);
-      free(q);
-      free(r);
+      EXPECT_TRUE(n == 0 || moved[n - 1] == 0x3C);
+      for (void* b : {static_cast<void*>(moved), q, r}) free(b);
     }
   }
   // Bad alignments.
@@ -302,10 +281,8 @@ TEST(FrameMemory, AlignedFamily) {
   EXPECT_EQ(reinterpret_cast<uintptr_t>(odd) % 64, 0u);
   free(odd);
 
-  void* v = va(100);
-  void* pv = pva(100);
-  EXPECT_EQ(reinterpret_cast<uintptr_t>(v) % page, 0u);
-  EXPECT_EQ(reinterpret_cast<uintptr_t>(pv) % page, 0u);
+  void *v = va(100), *pv = pva(100);
+  for (void* b : {v, pv}) EXPECT_EQ(reinterpret_cast<uintptr_t>(b) % page, 0u);
   EXPECT_GE(malloc_usable_size(pv), page);
   free(v);
   free(pv);
@@ -324,10 +301,6 @@ TEST(FrameMemory, AlignedFamily) {
   ASSERT_NE(arr, nullptr);
   EXPECT_EQ(reinterpret_cast<uintptr_t>(arr) % 256, 0u);
   delete[] arr;
-}
-
-TEST(FrameMemory, OperatorNewThrowsOrReturnsNull) {
-  if (!dlsym(RTLD_DEFAULT, "_msize")) GTEST_SKIP() << "malloc family not exported in this build";
   // A size just below the limit the compiler checks, which no system can map.
   volatile size_t huge = SIZE_MAX / 4;
   EXPECT_THROW(static_cast<void>(operator new(huge)), std::bad_alloc);

@@ -34,12 +34,8 @@ zqmem_allocator* TestInstance() {
   return a;
 }
 
-const uint64_t* Classes() { return zqmem_size_classes(nullptr); }
-
-size_t BlockSize(const void* p) { return zqmem_block_size(Classes(), p); }
-
+size_t BlockSize(const void* p) { return zqmem_block_size(zqmem_size_classes(nullptr), p); }
 void* Alloc(size_t n) { return zqmem_heap_alloc(TestInstance(), zqmem_selector(), n); }
-
 void Free(void* p) { zqmem_free(TestInstance(), p); }
 
 // Resident set size in bytes, from the kernel's accounting.
@@ -48,13 +44,6 @@ size_t ResidentBytes() {
   size_t pages_total = 0, pages_resident = 0;
   statm >> pages_total >> pages_resident;
   return pages_resident * static_cast<size_t>(sysconf(_SC_PAGESIZE));
-}
-
-// True when the page holding `p` is mapped (mincore fails with ENOMEM if not).
-bool IsMapped(const void* p) {
-  uintptr_t page = reinterpret_cast<uintptr_t>(p) & ~uintptr_t{4095};
-  unsigned char vec = 0;
-  return mincore(reinterpret_cast<void*>(page), 1, &vec) == 0;
 }
 
 TEST(ZqMemModule, CountAndSelectorComeFromTheSystem) {
@@ -102,9 +91,8 @@ TEST(ZqMemModule, AlignedBlocks) {
       char* p = static_cast<char*>(zqmem_heap_alloc_aligned(TestInstance(), 3, align, n));
       ASSERT_NE(p, nullptr) << align << " " << n;
       EXPECT_EQ(reinterpret_cast<uintptr_t>(p) % std::max<size_t>(align, 16), 0u);
-      size_t usable = BlockSize(p);
-      EXPECT_GE(usable, n);
-      std::memset(p, 0xA5, usable);
+      EXPECT_GE(BlockSize(p), n);
+      std::memset(p, 0xA5, BlockSize(p));
       Free(p);
     }
   }
@@ -113,7 +101,22 @@ TEST(ZqMemModule, AlignedBlocks) {
   EXPECT_EQ(errno, EINVAL);
 }
 
-TEST(ZqMemModule, FailedAllocationReturnsNull) {
+TEST(ZqMemModule, PlainBlocksFailuresAndFree) {
+  // Plain blocks; any instance (or none) may free blocks of another, and
+  // freeing never touches errno.
+  int i = 0;
+  for (size_t n : {0, 1, 40, 128, 70000, 100000, 600000, 1000000}) {
+    char* p = static_cast<char*>(i % 2 ? zqmem_alloc(n) : Alloc(n));
+    ASSERT_NE(p, nullptr) << n;
+    EXPECT_GE(BlockSize(p), n);
+    std::memset(p, 0x5A, n);
+    errno = 77;
+    if (i % 3 == 0) Free(p); else if (i % 3 == 1) zqmem_free(nullptr, p); else zqmem_release(p);
+    EXPECT_EQ(errno, 77) << n;
+    ++i;
+  }
+  Free(nullptr);
+  zqmem_release(nullptr);
   for (size_t n : {SIZE_MAX, SIZE_MAX - 8, SIZE_MAX / 2, size_t{1} << 50}) {
     errno = 0;
     EXPECT_EQ(Alloc(n), nullptr) << n;
@@ -132,22 +135,14 @@ TEST(ZqMemModule, LargeBlocksGoBackToTheSystem) {
   EXPECT_GE(BlockSize(p), n);
   p[0] = 1;
   p[n - 1] = 2;
-  EXPECT_TRUE(IsMapped(p + n / 2));
+  // mincore fails with ENOMEM on a page that is not mapped.
+  unsigned char vec = 0;
+  void* middle = reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(p + n / 2) & ~uintptr_t{4095});
+  EXPECT_EQ(mincore(middle, 1, &vec), 0);
   errno = 1234;
   Free(p);
   EXPECT_EQ(errno, 1234);
-  EXPECT_FALSE(IsMapped(p + n / 2));
-}
-
-TEST(ZqMemModule, FreeKeepsErrnoAndIgnoresNull) {
-  for (size_t n : {0, 40, 100000, 1000000}) {
-    void* p = Alloc(n);
-    errno = 77;
-    Free(p);
-    EXPECT_EQ(errno, 77);
-  }
-  Free(nullptr);
-  zqmem_release(nullptr);
+  EXPECT_NE(mincore(middle, 1, &vec), 0);
 }
 
 TEST(ZqMemModule, FreedMemoryIsReused) {
@@ -185,10 +180,8 @@ TEST(ZqMemModule, FreedMemoryIsReused) {
 }
 
 TEST(ZqMemModule, ExitingThreadsGiveTheirBlocksBack) {
-  // Each thread leaves freed blocks of every small class in its own cache;
-  // those must go back to the chunks when the thread ends, or a program that
-  // starts many threads would grow without bound.
-  // Left in the caches, 400 threads would hold about 90 MiB.
+  // Blocks freed into a thread's cache go back to the chunks when the thread
+  // ends: left in the caches, 400 threads would hold about 90 MiB.
   auto work = [] {
     void* v[64 * 40];
     size_t count = 0;
@@ -203,116 +196,75 @@ TEST(ZqMemModule, ExitingThreadsGiveTheirBlocksBack) {
   EXPECT_LT(ResidentBytes(), before + (32u << 20));
 }
 
-TEST(ZqMemModule, PlainAllocation) {
-  std::vector<char*> v;
-  for (size_t n : {0, 1, 128, 70000, 600000}) {
-    char* p = static_cast<char*>(zqmem_alloc(n));
-    ASSERT_NE(p, nullptr);
-    EXPECT_GE(BlockSize(p), n);
-    std::memset(p, 0x5A, n);
-    v.push_back(p);
-  }
-  // Any instance may free blocks of another.
-  Free(v[0]);
-  zqmem_free(nullptr, v[1]);
-  for (size_t i = 2; i < v.size(); ++i) zqmem_release(v[i]);
-}
+// A live block with the seed of its byte pattern.
+struct Block {
+  unsigned char* p = nullptr;
+  size_t n = 0;
+  unsigned seed = 0;
+};
 
-// Fills a block with a pattern derived from `seed`; large blocks get a
-// sample of the bytes so that the test stays fast.
-void Stamp(unsigned char* p, size_t n, unsigned seed, bool check, bool* ok) {
+// Writes (or, with `check`, compares) the block's pattern; large blocks get
+// a sample of their bytes so that the test stays fast.
+bool Stamp(const Block& b, bool check) {
+  bool ok = true;
   auto at = [&](size_t i) {
-    unsigned char want = static_cast<unsigned char>(seed + i * 131);
-    if (check) {
-      if (p[i] != want) *ok = false;
-    } else {
-      p[i] = want;
-    }
+    unsigned char want = static_cast<unsigned char>(b.seed + i * 131);
+    if (check) ok &= b.p[i] == want; else b.p[i] = want;
   };
-  if (n <= 2048) {
-    for (size_t i = 0; i < n; ++i) at(i);
-    return;
-  }
-  size_t stride = n > (256u << 10) ? 65536 : 4096;
-  for (size_t i = 0; i < 512; ++i) at(i);
-  for (size_t i = n - 512; i < n; ++i) at(i);
-  for (size_t i = 512; i < n - 512; i += stride) at(i);
-}
-
-// Sizes from 1 byte to 1 MiB, spread over their logarithm: nine in ten up to
-// 4 KiB, the rest up to 1 MiB (a quarter of those mapped on their own).
-size_t RandomSize(std::mt19937& rng) {
-  bool big = rng() % 10 == 0;
-  double e = std::uniform_real_distribution<double>(big ? 12 : 0, big ? 20 : 12)(rng);
-  return static_cast<size_t>(std::exp2(e));
+  size_t edge = std::min<size_t>(b.n, 512);
+  size_t stride = b.n <= 2048 ? 1 : b.n > (256u << 10) ? 65536 : 4096;
+  for (size_t i = 0; i < edge; ++i) at(i);
+  for (size_t i = b.n - edge; i < b.n; ++i) at(i);
+  for (size_t i = edge; i + edge < b.n; i += stride) at(i);
+  return ok;
 }
 
 TEST(ZqMemModule, ChurnFromManyThreadsNeverClobbers) {
-  constexpr int kThreads = 4;
 #if defined(__SANITIZE_ADDRESS__)
   constexpr int kOpsPerThread = 250000;  // the instrumented checks are slower
 #else
   constexpr int kOpsPerThread = 600000;
 #endif
-  constexpr int kSlots = 256;
-  struct Slot {
-    unsigned char* p = nullptr;
-    size_t n = 0;
-    unsigned seed = 0;
-  };
   // A shared exchange lets blocks be freed by other threads than their maker.
-  std::vector<std::atomic<Slot*>> exchange(64);
+  std::vector<std::atomic<Block*>> exchange(64);
   std::atomic<bool> ok{true};
   std::atomic<long> undersized{0};
+  auto release = [&](Block* b) {
+    if (!Stamp(*b, true)) ok = false;
+    Free(b->p);
+    delete b;
+  };
   auto worker = [&](int id) {
     std::mt19937 rng(1000 + id);
-    std::vector<Slot> slots(kSlots);
-    bool good = true;
-    auto release = [&](Slot& s) {
-      Stamp(s.p, s.n, s.seed, true, &good);
-      Free(s.p);
-    };
+    std::vector<Block*> slots(256);
     for (int op = 0; op < kOpsPerThread; ++op) {
-      Slot& s = slots[rng() % kSlots];
-      if (s.p && rng() % 8 == 0) {
-        // Hand the block over; free whatever another thread left there.
-        Slot* mine = new Slot(s);
-        Slot* theirs = exchange[rng() % exchange.size()].exchange(mine);
-        if (theirs) {
-          release(*theirs);
-          delete theirs;
-        }
-        s.p = nullptr;
-      } else if (s.p) {
-        release(s);
-        s.p = nullptr;
-      }
-      s.n = RandomSize(rng);
-      s.seed = static_cast<unsigned>(rng());
-      s.p = static_cast<unsigned char*>(Alloc(s.n));
-      if (!s.p) {
-        good = false;
+      Block*& s = slots[rng() % slots.size()];
+      if (s && rng() % 8 == 0) s = exchange[rng() % exchange.size()].exchange(s);  // hand over
+      if (s) release(s);
+      // Sizes spread over their logarithm: nine in ten up to 4 KiB, the rest
+      // up to 1 MiB (a quarter of those mapped on their own).
+      bool big = rng() % 10 == 0;
+      s = new Block;
+      s->n = static_cast<size_t>(
+          std::exp2(std::uniform_real_distribution<double>(big ? 12 : 0, big ? 20 : 12)(rng)));
+      s->seed = static_cast<unsigned>(rng());
+      s->p = static_cast<unsigned char*>(Alloc(s->n));
+      if (!s->p) {
+        ok = false;
         break;
       }
-      if (BlockSize(s.p) < s.n) ++undersized;
-      Stamp(s.p, s.n, s.seed, false, &good);
+      if (BlockSize(s->p) < s->n) ++undersized;
+      Stamp(*s, false);
     }
-    for (Slot& s : slots) {
-      if (s.p) release(s);
+    for (Block* s : slots) {
+      if (s && s->p) release(s);
     }
-    if (!good) ok = false;
   };
   std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) threads.emplace_back(worker, i);
+  for (int i = 0; i < 4; ++i) threads.emplace_back(worker, i);
   for (auto& t : threads) t.join();
   for (auto& e : exchange) {
-    if (Slot* s = e.exchange(nullptr)) {
-      bool good = true;
-      Stamp(s->p, s->n, s->seed, true, &good);
-      if (!good) ok = false;
-      Free(s->p);
-      delete s;
-    }
+    if (Block* b = e.exchange(nullptr)) release(b);
   }
   EXPECT_TRUE(ok) << "a block's contents changed while it was live";
   EXPECT_EQ(undersized, 0);
@@ -323,21 +275,25 @@ TEST(ZqMemModule, ForkWhileOtherThreadsAllocate) {
   // sub-heap, with sizes the per-thread caches do not serve.
   std::atomic<bool> stop{false};
   std::vector<std::thread> busy;
+  auto round = [](unsigned i, size_t n, size_t m) {
+    void* p = zqmem_heap_alloc(TestInstance(), i, n);
+    void* q = zqmem_alloc(m);
+    zqmem_free(nullptr, p);
+    zqmem_release(q);
+    return p != nullptr && q != nullptr;
+  };
   for (int t = 0; t < 3; ++t) {
     busy.emplace_back([&, t] {
       std::mt19937 rng(t);
       for (unsigned i = 0; !stop; ++i) {
-        void* p = zqmem_heap_alloc(TestInstance(), i, 2000 + rng() % 60000);
-        zqmem_free(nullptr, p);
-        void* q = zqmem_alloc(rng() % 100000);
-        zqmem_release(q);
+        round(i, 2000 + rng() % 60000, rng() % 100000);
         zqmem_lock();
         zqmem_unlock();
       }
     });
   }
   int failures = 0;
-  for (int round = 0; round < 60 && failures == 0; ++round) {
+  for (int r = 0; r < 60 && failures == 0; ++r) {
     pid_t pid = fork();
     ASSERT_GE(pid, 0);
     if (pid == 0) {
@@ -346,17 +302,13 @@ TEST(ZqMemModule, ForkWhileOtherThreadsAllocate) {
       zqmem_lock();
       zqmem_unlock();
       for (unsigned i = 0; i < 2000; ++i) {
-        void* p = zqmem_heap_alloc(TestInstance(), i, 2000 + i * 7 % 60000);
-        void* q = zqmem_alloc(i % 300);
-        if (!p || !q) _exit(2);
-        zqmem_free(nullptr, p);
-        zqmem_release(q);
+        if (!round(i, 2000 + i * 7 % 60000, i % 300)) _exit(2);
       }
       _exit(0);
     }
     int status = 0;
     waitpid(pid, &status, 0);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) ++failures;
+    failures += !WIFEXITED(status) || WEXITSTATUS(status) != 0;
   }
   stop = true;
   for (auto& t : busy) t.join();

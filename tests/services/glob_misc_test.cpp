@@ -8,6 +8,7 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "services/test_util.h"
@@ -19,39 +20,25 @@ namespace {
 
 TEST(GlobMisc, CheckEXEBitSizeReadsTheNewHeaderSignature) {
   zqtest::TempDir dir;
-  std::string pe(200, '\0');
-  pe[0] = 'M';
-  pe[1] = 'Z';
+  std::string pe = "MZ" + std::string(198, '\0');
   pe[60] = static_cast<char>(0x80);  // new header at offset 128
-  pe[128] = 'P';
-  pe[129] = 'E';
-  zqtest::WriteFile(dir.File("pe.exe"), pe);
-  std::string ne = pe;
+  pe.replace(128, 2, "PE");
+  std::string ne = pe, far = pe;
   ne[128] = 'N';
-  zqtest::WriteFile(dir.File("ne.exe"), ne);
-  zqtest::WriteFile(dir.File("short"), "MZ");
-  std::string far = pe;
   far[61] = 0x7f;  // offset beyond the end of the file
-  zqtest::WriteFile(dir.File("far.exe"), far);
-  EXPECT_EQ(ZQGlob::CheckEXEBitSize(dir.File("pe.exe").c_str()), 32);
-  EXPECT_EQ(ZQGlob::CheckEXEBitSize(dir.File("ne.exe").c_str()), 16);
-  EXPECT_EQ(ZQGlob::CheckEXEBitSize(dir.File("short").c_str()), 16);
-  EXPECT_EQ(ZQGlob::CheckEXEBitSize(dir.File("far.exe").c_str()), 16);
+  for (auto [data, bits] : {std::pair<std::string, int>{pe, 32}, {ne, 16}, {"MZ", 16}, {far, 16}}) {
+    EXPECT_EQ(ZQGlob::CheckEXEBitSize(dir.Write("x.exe", data).c_str()), bits) << data.size();
+  }
   EXPECT_EQ(ZQGlob::CheckEXEBitSize(dir.File("missing").c_str()), 0);
   EXPECT_EQ(ZQGlob::CheckEXEBitSize(nullptr), 0);
 }
 
 TEST(GlobMisc, ScramblingChainsAndUnchains) {
   // Stored byte = ~plain ^ previous stored byte, first against the seed.
-  std::string data = "Hello";
+  std::string data = "Hello", expect;
   ZQGlob::Encrypt(data, 0x5A);
   int prev = 0x5A;
-  std::string expect;
-  for (char c : std::string("Hello")) {
-    int s = (~static_cast<unsigned char>(c) ^ prev) & 0xFF;
-    expect += static_cast<char>(s);
-    prev = s;
-  }
+  for (char c : std::string("Hello")) expect += static_cast<char>(prev = (~c ^ prev) & 0xFF);
   EXPECT_EQ(data, expect);
   prev = 0x5A;
   std::string plain;
@@ -60,11 +47,10 @@ TEST(GlobMisc, ScramblingChainsAndUnchains) {
   EXPECT_EQ(prev, static_cast<unsigned char>(data.back()));
   std::mt19937 rng(3);
   for (int i = 0; i < 50; ++i) {
-    std::string s;
+    std::string s, t;
     for (int k = 0; k < 64; ++k) s += static_cast<char>(rng());
-    std::string t = s;
     int seed = static_cast<int>(rng() & 0xFF);
-    ZQGlob::Encrypt(t, seed);
+    ZQGlob::Encrypt(t = s, seed);
     ZQGlob::Decrypt(t, seed);
     ASSERT_EQ(t, s);
   }
@@ -110,12 +96,12 @@ TEST(GlobMisc, NumberConversionAndFormatting) {
   ZQGlob::FormatNumber(-1234567.891, 2, s);
   EXPECT_EQ(s, "-1234567.89");
   opt->SetSeparators(',', '.');
-  ZQGlob::FormatNumber(-1234567.891, 2, s);
-  EXPECT_EQ(s, "-1.234.567,89");
-  ZQGlob::FormatNumber(999, 0, s);
-  EXPECT_EQ(s, "999");
-  ZQGlob::FormatNumber(100000, 1, s);
-  EXPECT_EQ(s, "100.000,0");
+  using Format = std::tuple<double, int, const char*>;
+  for (auto [value, places, want] :
+       {Format{-1234567.891, 2, "-1.234.567,89"}, {999, 0, "999"}, {100000, 1, "100.000,0"}}) {
+    ZQGlob::FormatNumber(value, places, s);
+    EXPECT_EQ(s, want);
+  }
   EXPECT_EQ(ZQGlob::CDbl("1.234.567,5"), 1234567.5);
   char buf[6];
   EXPECT_EQ(ZQGlob::CopyNumber(buf, sizeof buf, "12.345,678"), 5);
@@ -158,8 +144,7 @@ TEST(GlobMisc, PathsTemporaryNamesAndPrograms) {
   EXPECT_EQ(ZQGlob::JoinPath("", "b"), "b");
   EXPECT_EQ(ZQGlob::JoinPath(nullptr, "b"), "b");
   zqtest::TempDir dir;
-  std::string old = getenv("TMPDIR") ? getenv("TMPDIR") : "";
-  setenv("TMPDIR", dir.path().c_str(), 1);
+  zqtest::EnvVar tmpdir("TMPDIR", dir.path().c_str());
   std::string n1, n2;
   ASSERT_TRUE(ZQGlob::tempnam(n1, "srt"));
   ASSERT_TRUE(ZQGlob::tempnam(n2, "srt"));
@@ -174,7 +159,6 @@ TEST(GlobMisc, PathsTemporaryNamesAndPrograms) {
   ASSERT_TRUE(ZQGlob::tempnam(n1));
   EXPECT_EQ(n1.rfind("/tmp/zq", 0), 0u);
   unlink(n1.c_str());
-  if (old.empty()) unsetenv("TMPDIR"); else setenv("TMPDIR", old.c_str(), 1);
 
   EXPECT_EQ(ZQGlob::Execute("exit 3", true), 3);
   EXPECT_EQ(ZQGlob::Execute(("echo hi > '" + dir.File("out") + "'").c_str(), true), 0);
@@ -192,9 +176,8 @@ TEST(GlobMisc, ModulesAreFoundAndFailuresExplained) {
   EXPECT_FALSE(ZQGlob::FindModule("no-such-module-zq", path));
   EXPECT_FALSE(ZQGlob::FindModule(nullptr, path));
   zqtest::TempDir dir;
-  zqtest::WriteFile(dir.File("fake.so"), "this is text, not a module");
-  std::string old = getenv("LD_LIBRARY_PATH") ? getenv("LD_LIBRARY_PATH") : "";
-  setenv("LD_LIBRARY_PATH", ("/nonexistent:" + dir.path()).c_str(), 1);
+  dir.Write("fake.so", "this is text, not a module");
+  zqtest::EnvVar path_var("LD_LIBRARY_PATH", ("/nonexistent:" + dir.path()).c_str());
   EXPECT_TRUE(ZQGlob::FindModule("fake", path));  // ".so" is implied
   EXPECT_EQ(path, dir.File("fake.so"));
   std::string msg;
@@ -204,7 +187,6 @@ TEST(GlobMisc, ModulesAreFoundAndFailuresExplained) {
   EXPECT_NE(msg.find("no-such-module-zq.so"), std::string::npos) << msg;
   EXPECT_EQ(ZQGlob::GetLoadErrorMessage("libc.so.6", "undefined symbol: x", msg), 0);
   EXPECT_NE(msg.find("undefined symbol: x"), std::string::npos) << msg;
-  if (old.empty()) unsetenv("LD_LIBRARY_PATH"); else setenv("LD_LIBRARY_PATH", old.c_str(), 1);
 }
 
 TEST(GlobMisc, BuffersAndStringConversions) {
@@ -237,8 +219,7 @@ TEST(GlobMisc, BuffersAndStringConversions) {
   EXPECT_EQ(s, "MIXED 123");
   ZQGlob::ToLower(s);
   EXPECT_EQ(s, "mixed 123");
-  char text[] = "same";
-  char out[8];
+  char text[] = "same", out[8];
   EXPECT_STREQ(ZQGlob::ExternalToInternal(text, out), "same");
   EXPECT_STREQ(ZQGlob::InternalToExternal(text, text), "same");
 }

@@ -35,7 +35,6 @@ TEST(BoolWords, MatchWholeWordsWithAlternatingTruth) {
       {"false", "True.False", false, 0, false},
       {"Tru", "True.False", false, -1, false},
       {"Truex", "True.False", false, -1, false},
-      {"true", "True.False", true, -1, true},
       {"false", "True.False.true.false", true, 0, false},
       {"true", "True.False.true.false", true, 1, true},
       {"no", "yes.no.on.off", true, 0, false},
@@ -148,10 +147,6 @@ TEST(Base64, EncodesLikeCoreutilsAndDecodesBack) {
     EXPECT_EQ(std::string(static_cast<char*>(block), count), data);
     ZQGlob::FreeBase64(block);
   }
-  WStr enc;
-  std::string abc = "ABC";
-  ZQGlob::EncodeBase64(&abc[0], 3, enc);
-  EXPECT_EQ(enc, Widen(std::string("QUJD", 5)));
 }
 
 TEST(Base64, DecodingSkipsBlanksAndRejectsStrangers) {

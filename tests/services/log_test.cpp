@@ -3,8 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <condition_variable>
-#include <mutex>
+#include <atomic>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -43,7 +42,7 @@ int OpenDescriptors(const std::string& path) {
 // The fields after the date-time stamp: " %3d %6d %c %-64.64s " message.
 const std::regex kLine(R"(^(.+) ([ \d]{2}\d) ([ \d-]{5}\d) (.) (.{64}) (.*)$)");
 
-TEST(Logging, LineFormatMasksAndLastMessage) {
+TEST(Logging, LineFormatMasksLastMessageAndUnopenableFile) {
   zqtest::TempDir dir;
   std::string path = dir.File("one.log");
   EXPECT_EQ(ZQGlob::LogMessage(1, BATCH_INVALID, "before open %d", 1), BATCH_INVALID);
@@ -105,9 +104,7 @@ TEST(Logging, LineFormatMasksAndLastMessage) {
     EXPECT_EQ(m[6].str(), want[i].message);
   }
   EXPECT_EQ(lines[0].substr(m[1].length(), 13), "   4     19 O");
-}
-
-TEST(Logging, UnopenableFileGivesNoLog) {
+  // A file that cannot be opened gives no log.
   EXPECT_FALSE(ZQGlob::OpenLog("/nonexistent-dir/zq.log", 0xFFFF));
   EXPECT_EQ(ZQGlob::LogFileName(), nullptr);
   EXPECT_EQ(ZQGlob::LogMessage(1, BATCH_IOERROR, "nothing"), BATCH_IOERROR);
@@ -117,28 +114,6 @@ TEST(Logging, UnopenableFileGivesNoLog) {
   ZQLogger::FreeLogger(nullptr);
 }
 
-// Lets a fixed number of threads wait for each other, any number of times.
-class Barrier {
- public:
-  explicit Barrier(int n) : n_(n) {}
-  void Wait() {
-    std::unique_lock<std::mutex> lock(m_);
-    int round = round_;
-    if (++waiting_ == n_) {
-      waiting_ = 0;
-      ++round_;
-      cv_.notify_all();
-    } else {
-      cv_.wait(lock, [&] { return round_ != round; });
-    }
-  }
-
- private:
-  std::mutex m_;
-  std::condition_variable cv_;
-  int n_, waiting_ = 0, round_ = 0;
-};
-
 TEST(Logging, EightThreadsShareOneFileWithTheirOwnMasks) {
   zqtest::TempDir dir;
   std::string path = dir.File("shared.log");
@@ -146,13 +121,16 @@ TEST(Logging, EightThreadsShareOneFileWithTheirOwnMasks) {
   std::vector<std::thread> threads;
   std::vector<ZQLogger*> seen(kThreads);
   std::vector<int> descriptors(kThreads);
-  Barrier barrier(kThreads);
+  std::atomic<int> arrived{0};
+  auto wait_for_all = [&](int round) {  // round n: every thread has called this n times
+    for (++arrived; arrived < round * kThreads;) std::this_thread::yield();
+  };
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {
       // Thread t writes levels 1, 2 and 4 but lets through only its mask.
       int mask = (t % 2 == 0) ? 1 : 2;
       EXPECT_TRUE(ZQGlob::OpenLog(path.c_str(), mask));
-      barrier.Wait();  // all eight hold the log now
+      wait_for_all(1);  // all eight hold the log now
       descriptors[t] = OpenDescriptors(path);
       ZQGlob::AutoFlushLog(t != 0);
       for (int i = 0; i < kMessages; ++i) {
@@ -163,7 +141,7 @@ TEST(Logging, EightThreadsShareOneFileWithTheirOwnMasks) {
       EXPECT_EQ(ZQGlob::LogMask(), mask);
       seen[t] = ZQLogger::GetLogger(path.c_str(), mask);
       ZQLogger::FreeLogger(seen[t]);
-      barrier.Wait();
+      wait_for_all(2);
       ZQGlob::CloseLog();
     });
   }

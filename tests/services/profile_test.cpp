@@ -26,25 +26,11 @@ TEST(Profile, ReadsValuesTheWindowsWay) {
   std::string ini = dir.File("test.ini");
   std::string long_value(100000, 'v');
   zqtest::WriteFile(ini,
-                    "top=outside any section\r\n"
-                    "[Main]\r\n"
-                    "  Name  =  Value with blanks  \r\n"
-                    "; name=commented\r\n"
-                    "dup=first\r\n"
-                    "dup=second\r\n"
-                    "quoted=\"  inside  \"\r\n"
-                    "single='x'\r\n"
-                    "half=\"open\r\n"
-                    "empty=\r\n"
-                    "num=  -42xyz\r\n"
-                    "big=99999999999\r\n"
-                    "long=" + long_value + "\r\n"
-                    "novalue\r\n"
-                    "[ other ]\n"
-                    "k=1\n"
-                    "[MAIN]\n"
-                    "late=yes\n"
-                    "dup=third\n");
+                    "top=outside any section\r\n[Main]\r\n  Name  =  Value with blanks  \r\n"
+                    "; name=commented\r\ndup=first\r\ndup=second\r\nquoted=\"  inside  \"\r\n"
+                    "single='x'\r\nhalf=\"open\r\nempty=\r\nnum=  -42xyz\r\nbig=99999999999\r\n"
+                    "long=" + long_value + "\r\nnovalue\r\n"
+                    "[ other ]\nk=1\n[MAIN]\nlate=yes\ndup=third\n");
   EXPECT_EQ(Read("main", "name", "d", ini), "Value with blanks");
   EXPECT_EQ(Read("MAIN", "NAME", "d", ini), "Value with blanks");
   EXPECT_EQ(Read("Main", "dup", "d", ini), "first");
@@ -78,28 +64,9 @@ TEST(Profile, ReadsValuesTheWindowsWay) {
   EXPECT_EQ(ZQGlob::ReadProfileInt("Main", "num", 7, nullptr), 7);
 }
 
-// Sets or clears an environment variable for the life of the object.
-class EnvVar {
- public:
-  EnvVar(const char* name, const char* value) : name_(name) {
-    const char* old = getenv(name);
-    had_ = old != nullptr;
-    if (had_) old_ = old;
-    if (value != nullptr) setenv(name, value, 1); else unsetenv(name);
-  }
-  ~EnvVar() {
-    if (had_) setenv(name_, old_.c_str(), 1); else unsetenv(name_);
-  }
-
- private:
-  const char* name_;
-  bool had_;
-  std::string old_;
-};
-
 TEST(OptionBlock, SettingsComeFromZQLIBAndTheInitFile) {
   {
-    EnvVar zqlib("ZQLIB", nullptr);
+    zqtest::EnvVar zqlib("ZQLIB", nullptr);
     ZQOptionBlock opt;
     EXPECT_STREQ(opt.LibDir(), "");
     EXPECT_STREQ(opt.InitFile(), "");
@@ -110,7 +77,7 @@ TEST(OptionBlock, SettingsComeFromZQLIBAndTheInitFile) {
     EXPECT_EQ(opt.Special(), 3);
   }
   zqtest::TempDir dir;
-  EnvVar zqlib("ZQLIB", dir.path().c_str());
+  zqtest::EnvVar zqlib("ZQLIB", dir.path().c_str());
   {
     ZQOptionBlock opt;  // a directory without "initfile.nam"
     EXPECT_STREQ(opt.LibDir(), dir.path().c_str());

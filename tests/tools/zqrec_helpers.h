@@ -1,18 +1,23 @@
-// Helpers of the zqrec end-to-end tests: a scratch folder, running the
-// program with its output captured, and file access.
+// Helpers of the zqrec end-to-end tests: running the program with its
+// output captured.
 #ifndef ZQ_TESTS_TOOLS_ZQREC_HELPERS_H
 #define ZQ_TESTS_TOOLS_ZQREC_HELPERS_H
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "services/test_util.h"
+
 namespace zqrec_test {
+
+using zqtest::ReadFile;
+using zqtest::TempDir;
+using zqtest::WriteFile;
 
 struct Result {
   int code = -1;
@@ -20,47 +25,15 @@ struct Result {
   std::string err;
 };
 
-inline std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
-inline void WriteFile(const std::string& path, const std::string& data) {
-  std::ofstream(path, std::ios::binary) << data;
-}
-
 inline std::string Quote(const std::string& s) {
   std::string q = "'";
-  for (char c : s) {
-    if (c == '\'') {
-      q += "'\\''";
-    } else {
-      q += c;
-    }
-  }
+  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
   return q + "'";
 }
 
 inline std::string Example(const std::string& name) {
   return std::string(ZQ_SOURCE_DIR) + "/examples/records/" + name;
 }
-
-// A scratch folder removed at the end of the test.
-class TempDir {
- public:
-  TempDir() {
-    char tmpl[] = "/tmp/zqrec-test-XXXXXX";
-    path_ = mkdtemp(tmpl);
-  }
-  ~TempDir() { std::system(("rm -rf " + Quote(path_)).c_str()); }
-  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 // Runs a shell command line with standard output and error captured.
 inline Result Shell(const std::string& cmd, const TempDir& dir) {
@@ -78,6 +51,13 @@ inline Result Zqrec(const std::vector<std::string>& args, const TempDir& dir) {
   std::string cmd = Quote(ZQREC_BIN);
   for (const std::string& a : args) cmd += " " + Quote(a);
   return Shell(cmd + " </dev/null", dir);
+}
+
+// Runs zqrec, expects success and gives its standard output.
+inline std::string Ok(const std::vector<std::string>& args, const TempDir& dir) {
+  Result r = Zqrec(args, dir);
+  EXPECT_EQ(r.code, 0) << r.err;
+  return r.out;
 }
 
 inline bool HaveProgram(const char* name) {

@@ -2,10 +2,8 @@
 // fields that our readers must read, and reads fields that our writers wrote.
 #include <gtest/gtest.h>
 
-#include <cinttypes>
 #include <cstring>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,35 +13,32 @@
 
 namespace {
 
-using zq::codec::DecimalFormat;
-using zq::codec::NumberText;
+using namespace zq::codec;  // NOLINT: the codecs are the subject here
 using zq_test::CobolOracle;
 
 enum Kind { kPack, kZone, kBinary };
 
 // The fields of one record of fields.cbl, in order.
-struct Field {
+const struct Field {
   const char* name;
   Kind kind;
   bool is_signed;
   long sign_pos;   // packed and zoned
   bool msb_first;  // binary
-};
-
-const Field kFields[] = {
-    {"COMP-3 signed", kPack, true, zq::codec::kSignTrailingSeparate, false},
-    {"COMP-3 unsigned", kPack, false, zq::codec::kSignTrailingSeparate, false},
-    {"DISPLAY trailing", kZone, true, zq::codec::kSignTrailing, false},
-    {"DISPLAY leading", kZone, true, zq::codec::kSignLeading, false},
-    {"DISPLAY trailing separate", kZone, true, zq::codec::kSignTrailingSeparate, false},
-    {"DISPLAY leading separate", kZone, true, zq::codec::kSignLeadingSeparate, false},
-    {"DISPLAY unsigned", kZone, false, zq::codec::kSignTrailing, false},
+} kFields[] = {
+    {"COMP-3 signed", kPack, true, kSignTrailingSeparate, false},
+    {"COMP-3 unsigned", kPack, false, kSignTrailingSeparate, false},
+    {"DISPLAY trailing", kZone, true, kSignTrailing, false},
+    {"DISPLAY leading", kZone, true, kSignLeading, false},
+    {"DISPLAY trailing separate", kZone, true, kSignTrailingSeparate, false},
+    {"DISPLAY leading separate", kZone, true, kSignLeadingSeparate, false},
+    {"DISPLAY unsigned", kZone, false, kSignTrailing, false},
     {"BINARY signed", kBinary, true, 0, true},
     {"BINARY unsigned", kBinary, false, 0, true},
     {"COMP-5 signed", kBinary, true, 0, false},
     {"COMP-5 unsigned", kBinary, false, 0, false},
 };
-constexpr int kFieldCount = sizeof(kFields) / sizeof(kFields[0]);
+constexpr size_t kFieldCount = sizeof(kFields) / sizeof(kFields[0]);
 
 // Whole number of a read field, up to the first non-digit as atof reads it
 // (an unsigned packed field ends in its 0xF nibble); false without digits.
@@ -53,9 +48,8 @@ bool TextToInt(const NumberText& t, int64_t* v) {
   for (; i < t.text.size() && t.text[i] >= '0' && t.text[i] <= '9'; ++i) {
     r = r * 10 + (t.text[i] - '0');
   }
-  if (i == 0) return false;
   *v = t.neg ? -r : r;
-  return true;
+  return i > 0;
 }
 
 // Values of at most `digits` digits with random magnitudes, signs and
@@ -65,10 +59,9 @@ std::vector<int64_t> MakeValues(int digits, std::mt19937_64& rng) {
   for (int i = 0; i < digits; ++i) max *= 10;
   std::vector<int64_t> v = {0, max - 1, -(max - 1), 1, -1};
   for (int i = 0; i < 150; ++i) {
-    const int k = 1 + static_cast<int>(rng() % digits);
     int64_t lim = 1;
-    for (int j = 0; j < k; ++j) lim *= 10;
-    int64_t x = static_cast<int64_t>(rng() % static_cast<uint64_t>(lim));
+    for (int j = 1 + static_cast<int>(rng() % digits); j > 0; --j) lim *= 10;
+    const int64_t x = static_cast<int64_t>(rng() % static_cast<uint64_t>(lim));
     v.push_back((rng() & 1) ? -x : x);
   }
   return v;
@@ -81,7 +74,7 @@ class CobolFields : public ::testing::TestWithParam<const char*> {};
 TEST_P(CobolFields, EveryUsageEveryLengthBothWays) {
   if (!CobolOracle::Available()) GTEST_SKIP() << "cobc not installed";
   const std::string sign_mode = GetParam();
-  const long style = sign_mode == "EBCDIC" ? zq::codec::kStyleIbm : zq::codec::kStyleMfCobol;
+  const long style = sign_mode == "EBCDIC" ? kStyleIbm : kStyleMfCobol;
   std::mt19937_64 rng(20261122 + sign_mode.size());
   CobolOracle cob;
   for (int nd = 1; nd <= 18; ++nd) {
@@ -89,95 +82,56 @@ TEST_P(CobolFields, EveryUsageEveryLengthBothWays) {
     const std::string exe = "fields" + std::to_string(nd);
     ASSERT_TRUE(cob.Compile("fields.cbl", exe, "-fbinary-size=1--8 -fsign=" + sign_mode, "(ND)",
                             "(" + std::to_string(nd) + ")"));
-    std::istringstream layout(cob.Run(exe, "layout"));
-    int len[kFieldCount];
+    const std::vector<int> len = cob.Layout(exe);
+    ASSERT_EQ(len.size(), kFieldCount);
     int rec_len = 0;
-    for (int f = 0; f < kFieldCount; ++f) {
-      ASSERT_TRUE(layout >> len[f]);
-      rec_len += len[f];
-    }
+    for (int l : len) rec_len += l;
     const std::vector<int64_t> values = MakeValues(nd, rng);
-    std::string lines;
-    for (int64_t v : values) {
-      char buf[32];
-      snprintf(buf, sizeof(buf), "%c%0*" PRId64 "\n", v < 0 ? '-' : '+', nd, v < 0 ? -v : v);
-      lines += buf;
-    }
-    cob.Write("values.txt", lines);
-    cob.Run(exe, "encode");
-    const std::string bin = cob.Read("fields.bin");
+    const std::string bin = cob.Encode(exe, values, nd, "fields.bin");
     ASSERT_EQ(bin.size(), values.size() * rec_len);
 
-    // Our readers on COBOL's bytes.
     std::string ours;
-    for (size_t r = 0; r < values.size(); ++r) {
-      const uint8_t* p = reinterpret_cast<const uint8_t*>(bin.data()) + r * rec_len;
-      for (int f = 0; f < kFieldCount; ++f) {
+    std::vector<int64_t> wants;
+    const uint8_t* p = reinterpret_cast<const uint8_t*>(bin.data());
+    for (int64_t value : values) {
+      for (size_t f = 0; f < kFieldCount; p += len[f], ++f) {
         const Field& fd = kFields[f];
-        const int64_t want = fd.is_signed || values[r] >= 0 ? values[r] : -values[r];
+        const int64_t want = fd.is_signed || value >= 0 ? value : -value;
+        wants.push_back(want);
         SCOPED_TRACE(std::string(fd.name) + " value " + std::to_string(want));
         DecimalFormat fmt;
         fmt.length = len[f];
         fmt.is_signed = fd.is_signed;
         fmt.sign_pos = fd.sign_pos;
         fmt.sign_style = style;
+        // Our readers on COBOL's bytes, and our writers from magnitude and sign.
         int64_t got = 0;
         NumberText t;
-        switch (fd.kind) {
-          case kPack:
-            ASSERT_TRUE(zq::codec::GetPack(p, fmt, &t));
-            ASSERT_TRUE(TextToInt(t, &got)) << t.text.data();
-            break;
-          case kZone:
-            ASSERT_TRUE(zq::codec::GetZone(p, fmt, &t, nullptr));
-            ASSERT_TRUE(TextToInt(t, &got)) << t.text.data();
-            break;
-          case kBinary:
-            got = zq::codec::GetBinary(p, len[f], fd.msb_first, fd.is_signed);
-            break;
-        }
-        EXPECT_EQ(got, want);
-
-        // Our writers, from the magnitude and sign.
         const uint64_t mag = want < 0 ? 0 - static_cast<uint64_t>(want) : want;
         const std::string digits = std::to_string(mag);
         uint8_t out[32] = {0};
-        switch (fd.kind) {
-          case kPack:
-            zq::codec::PutPack(out, fmt, digits.data(), digits.size(), want < 0);
-            break;
-          case kZone:
-            zq::codec::PutZone(out, fmt, digits.data(), digits.size(), want < 0);
-            break;
-          case kBinary:
-            zq::codec::PutBinary(out, want, len[f], fd.msb_first);
-            break;
+        if (fd.kind == kBinary) {
+          got = GetBinary(p, len[f], fd.msb_first, fd.is_signed);
+          PutBinary(out, want, len[f], fd.msb_first);
+        } else {
+          ASSERT_TRUE(fd.kind == kPack ? GetPack(p, fmt, &t) : GetZone(p, fmt, &t, nullptr));
+          ASSERT_TRUE(TextToInt(t, &got)) << t.text.data();
+          using PutText = void (*)(uint8_t*, const DecimalFormat&, const char*, size_t, bool);
+          const PutText put = fd.kind == kPack ? PutText(PutPack) : PutText(PutZone);
+          put(out, fmt, digits.data(), digits.size(), want < 0);
         }
+        EXPECT_EQ(got, want);
         // The writers match COBOL byte for byte, except that a positive
         // leading-separate field carries no "+" (a digit stays there).
-        if (!(fd.sign_pos == zq::codec::kSignLeadingSeparate && want >= 0 && fd.kind == kZone)) {
+        if (!(fd.sign_pos == kSignLeadingSeparate && want >= 0 && fd.kind == kZone)) {
           EXPECT_EQ(std::string(reinterpret_cast<char*>(out), len[f]),
                     std::string(reinterpret_cast<const char*>(p), len[f]));
         }
         ours.append(reinterpret_cast<char*>(out), len[f]);
-        p += len[f];
       }
-      p -= rec_len;
     }
-
     // COBOL's reading of our bytes.
-    cob.Write("fields.bin", ours);
-    cob.Run(exe, "decode");
-    std::istringstream decoded(cob.Read("decoded.txt"));
-    for (size_t r = 0; r < values.size(); ++r) {
-      for (int f = 0; f < kFieldCount; ++f) {
-        const int64_t want = kFields[f].is_signed || values[r] >= 0 ? values[r] : -values[r];
-        std::string word;
-        ASSERT_TRUE(decoded >> word);
-        EXPECT_EQ(strtoll(word.c_str(), nullptr, 10), want)
-            << kFields[f].name << " as read by COBOL: " << word;
-      }
-    }
+    EXPECT_EQ(cob.Decode(exe, "fields.bin", ours), wants);
   }
 }
 
@@ -192,45 +146,29 @@ TEST(CobolFloats, Comp1AndComp2BothWays) {
   std::mt19937_64 rng(7);
   std::vector<double> values = {0.0, 1.0, -1.5, 0.015625, 8388607.0};
   for (int i = 0; i < 300; ++i) {
-    const int64_t k = static_cast<int64_t>(rng() % (1 << 24)) - (1 << 23);
-    values.push_back(static_cast<double>(k) / 64.0);
+    values.push_back(static_cast<double>(static_cast<int64_t>(rng() % (1 << 24)) - (1 << 23)) / 64);
   }
-  std::string lines;
-  for (double v : values) {
-    char buf[40];
-    const int64_t micro = static_cast<int64_t>(v * 1e6);
-    snprintf(buf, sizeof(buf), "%c%015" PRId64 "\n", micro < 0 ? '-' : '+',
-             micro < 0 ? -micro : micro);
-    lines += buf;
-  }
-  cob.Write("values.txt", lines);
-  cob.Run("floats", "encode");
-  const std::string bin = cob.Read("floats.bin");
+  std::vector<int64_t> micros, wants;
+  for (double v : values) micros.push_back(static_cast<int64_t>(v * 1e6));
+  const std::string bin = cob.Encode("floats", micros, 15, "floats.bin");
   ASSERT_EQ(bin.size(), values.size() * 12);
   std::string ours;
   for (size_t i = 0; i < values.size(); ++i) {
     const uint8_t* p = reinterpret_cast<const uint8_t*>(bin.data()) + 12 * i;
     float f;
     double d;
-    zq::codec::GetRaw(p, 4, false, &f);
-    zq::codec::GetRaw(p + 4, 8, false, &d);
+    GetRaw(p, 4, false, &f);
+    GetRaw(p + 4, 8, false, &d);
     EXPECT_EQ(f, static_cast<float>(values[i]));
     EXPECT_EQ(d, values[i]);
     uint8_t out[12];
     const float fv = static_cast<float>(values[i]);
-    zq::codec::PutRaw(out, &fv, 4, false);
-    zq::codec::PutRaw(out + 4, &values[i], 8, false);
+    PutRaw(out, &fv, 4, false);
+    PutRaw(out + 4, &values[i], 8, false);
     ours.append(reinterpret_cast<char*>(out), 12);
+    wants.insert(wants.end(), 2, micros[i]);
   }
-  cob.Write("floats.bin", ours);
-  cob.Run("floats", "decode");
-  std::istringstream decoded(cob.Read("decoded.txt"));
-  for (double v : values) {
-    std::string w1, w2;
-    ASSERT_TRUE(decoded >> w1 >> w2);
-    EXPECT_EQ(strtoll(w1.c_str(), nullptr, 10), static_cast<int64_t>(v * 1e6));
-    EXPECT_EQ(strtoll(w2.c_str(), nullptr, 10), static_cast<int64_t>(v * 1e6));
-  }
+  EXPECT_EQ(cob.Decode("floats", "floats.bin", ours), wants);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 // and their order, assignment of a type, and the code tables.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -18,15 +19,9 @@
 
 namespace {
 
-struct Triple {
-  long def = 0, min = 0, max = 0;
-};
-
 struct ExpectedRow {
   long value;
-  std::string name;
-  std::string generic;
-  Triple length, precision, decimals, scale;
+  std::string name, generic, length, precision, decimals, scale;
   std::vector<std::string> meaningful, settable;
   std::string other;
 };
@@ -37,26 +32,17 @@ std::string Trim(const std::string& s) {
   return a == std::string::npos ? std::string() : s.substr(a, b - a + 1);
 }
 
-long Number(const std::string& s) {
-  if (s == "2^31-1") return 2147483647L;
-  if (s == "2^31-2") return 2147483646L;
-  if (s == "2^30-1") return 1073741823L;
-  return std::stol(s);
-}
-
-Triple ParseTriple(const std::string& cell) {
-  Triple t;
-  if (cell == "-") return t;
-  if (cell.size() > 6 && cell.compare(cell.size() - 6, 6, " fixed") == 0) {
-    t.def = t.min = t.max = Number(cell.substr(0, cell.size() - 6));
-    return t;
-  }
-  size_t a = cell.find('/');
-  size_t b = cell.find('/', a + 1);
-  t.def = Number(cell.substr(0, a));
-  t.min = Number(cell.substr(a + 1, b - a - 1));
-  t.max = Number(cell.substr(b + 1));
-  return t;
+// A default/minimum/maximum triple in the table's notation.
+std::string Triple(long def, long min, long max) {
+  if (def == 0 && min == 0 && max == 0) return "-";
+  auto n = [](long v) {
+    return v == 2147483647L   ? std::string("2^31-1")
+           : v == 2147483646L ? std::string("2^31-2")
+           : v == 1073741823L ? std::string("2^30-1")
+                              : std::to_string(v);
+  };
+  if (def == min && min == max) return n(def) + " fixed";
+  return n(def) + "/" + n(min) + "/" + n(max);
 }
 
 std::vector<std::string> ParseList(const std::string& cell) {
@@ -83,10 +69,10 @@ std::vector<ExpectedRow> LoadRows() {
     r.value = std::stol(cells[0]);
     r.name = cells[1].substr(1, cells[1].size() - 2);
     r.generic = cells[2];
-    r.length = ParseTriple(cells[3]);
-    r.precision = ParseTriple(cells[4]);
-    r.decimals = ParseTriple(cells[5]);
-    r.scale = ParseTriple(cells[6]);
+    r.length = cells[3];
+    r.precision = cells[4];
+    r.decimals = cells[5];
+    r.scale = cells[6];
     r.meaningful = ParseList(cells[7]);
     r.settable = ParseList(cells[8]);
     r.other = cells[9];
@@ -103,55 +89,37 @@ const std::vector<ExpectedRow>& Rows() {
 using FlagReader = bool (ZQDType::*)() const;
 
 const std::map<std::string, std::pair<FlagReader, FlagReader>>& FlagReaders() {
+#define ZQ_FLAG(name) {#name, {&ZQDType::name##_Meaningful, &ZQDType::name##_Settable}}
   static const std::map<std::string, std::pair<FlagReader, FlagReader>> m = {
-      {"MSBFirst", {&ZQDType::MSBFirst_Meaningful, &ZQDType::MSBFirst_Settable}},
-      {"Signed", {&ZQDType::Signed_Meaningful, &ZQDType::Signed_Settable}},
-      {"VariableLength", {&ZQDType::VariableLength_Meaningful, &ZQDType::VariableLength_Settable}},
-      {"PadChar", {&ZQDType::PadChar_Meaningful, &ZQDType::PadChar_Settable}},
-      {"DecimalPlaces", {&ZQDType::DecimalPlaces_Meaningful, &ZQDType::DecimalPlaces_Settable}},
-      {"SignStyle", {&ZQDType::SignStyle_Meaningful, &ZQDType::SignStyle_Settable}},
-      {"SignPos", {&ZQDType::SignPos_Meaningful, &ZQDType::SignPos_Settable}},
-      {"Picture", {&ZQDType::Picture_Meaningful, &ZQDType::Picture_Settable}},
-      {"Scale", {&ZQDType::Scale_Meaningful, &ZQDType::Scale_Settable}},
-      {"Precision", {&ZQDType::Precision_Meaningful, &ZQDType::Precision_Settable}},
-      {"Length", {&ZQDType::Length_Meaningful, &ZQDType::Length_Settable}},
-      {"Align", {&ZQDType::Align_Meaningful, &ZQDType::Align_Settable}},
-      {"DecimalSeparator",
-       {&ZQDType::DecimalSeparator_Meaningful, &ZQDType::DecimalSeparator_Settable}},
-      {"ThousandSeparator",
-       {&ZQDType::ThousandSeparator_Meaningful, &ZQDType::ThousandSeparator_Settable}},
-      {"NegType", {&ZQDType::NegType_Meaningful, &ZQDType::NegType_Settable}},
-      {"Nulls", {&ZQDType::Nulls_Meaningful, &ZQDType::Nulls_Settable}},
-      {"Identity", {&ZQDType::Identity_Meaningful, &ZQDType::Identity_Settable}},
-  };
+      ZQ_FLAG(MSBFirst),      ZQ_FLAG(Signed),    ZQ_FLAG(VariableLength),   ZQ_FLAG(PadChar),
+      ZQ_FLAG(DecimalPlaces), ZQ_FLAG(SignStyle), ZQ_FLAG(SignPos),          ZQ_FLAG(Picture),
+      ZQ_FLAG(Scale),         ZQ_FLAG(Precision), ZQ_FLAG(Length),           ZQ_FLAG(Align),
+      ZQ_FLAG(NegType),       ZQ_FLAG(Nulls),     ZQ_FLAG(DecimalSeparator), ZQ_FLAG(Identity),
+      ZQ_FLAG(ThousandSeparator)};
+#undef ZQ_FLAG
   return m;
 }
 
 bool Has(const std::vector<std::string>& list, const std::string& name) {
-  for (const std::string& s : list)
-    if (s == name) return true;
-  return false;
+  return std::find(list.begin(), list.end(), name) != list.end();
 }
 
-// Finds "<key> N" in the other-defaults text, with an optional "(mask M)".
-bool FindCode(const std::string& other, const std::string& key, long& value, long& mask) {
-  size_t p = other.find(key + " ");
-  if (p == std::string::npos) return false;
-  std::stringstream ss(other.substr(p + key.size() + 1));
-  ss >> value;
-  mask = 0;
-  std::string rest = other.substr(p + key.size() + 1);
-  size_t semi = rest.find(';');
-  std::string clause = rest.substr(0, semi);
-  size_t m = clause.find("(mask ");
-  if (m != std::string::npos) mask = std::stol(clause.substr(m + 6));
-  return true;
+std::string Upper(std::string s) {
+  for (char& c : s) c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+  return s;
 }
 
-TEST(DatatypeCatalogue, FixtureHasEveryRow) {
-  ASSERT_EQ(Rows().size(), 73u);
-  std::map<long, int> seen;
-  for (const ExpectedRow& r : Rows()) EXPECT_EQ(seen[r.value]++, 0) << r.value;
+std::string Pair(long a, long b) { return std::to_string(a) + "/" + std::to_string(b); }
+
+// "<key> N" in the other-defaults text, with its optional "(mask M)", as
+// "N/M"; `absent` when the key is not there.
+std::string Code(const std::string& other, const std::string& key, const char* absent) {
+  const size_t p = other.find(key + " ");
+  if (p == std::string::npos) return absent;
+  const size_t start = p + key.size() + 1;
+  const std::string clause = other.substr(start, other.find(';', p) - start);
+  const size_t m = clause.find("(mask ");
+  return Pair(std::stol(clause), m == std::string::npos ? 0 : std::stol(clause.substr(m + 6)));
 }
 
 TEST(DatatypeCatalogue, EveryRowInstallsItsDocumentedDefaults) {
@@ -165,18 +133,10 @@ TEST(DatatypeCatalogue, EveryRowInstallsItsDocumentedDefaults) {
     ASSERT_EQ(value_of.count(r.generic), 1u) << r.generic;
     EXPECT_EQ(d.GenericType(), value_of[r.generic]);
 
-    EXPECT_EQ(d.Length(), r.length.def);
-    EXPECT_EQ(d.MinLength(), r.length.min);
-    EXPECT_EQ(d.MaxLength(), r.length.max);
-    EXPECT_EQ(d.Precision(), r.precision.def);
-    EXPECT_EQ(d.MinPrecision(), r.precision.min);
-    EXPECT_EQ(d.MaxPrecision(), r.precision.max);
-    EXPECT_EQ(d.DecimalPlaces(), r.decimals.def);
-    EXPECT_EQ(d.MinDecimalPlaces(), r.decimals.min);
-    EXPECT_EQ(d.MaxDecimalPlaces(), r.decimals.max);
-    EXPECT_EQ(d.Scale(), r.scale.def);
-    EXPECT_EQ(d.MinScale(), r.scale.min);
-    EXPECT_EQ(d.MaxScale(), r.scale.max);
+    EXPECT_EQ(Triple(d.Length(), d.MinLength(), d.MaxLength()), r.length);
+    EXPECT_EQ(Triple(d.Precision(), d.MinPrecision(), d.MaxPrecision()), r.precision);
+    EXPECT_EQ(Triple(d.DecimalPlaces(), d.MinDecimalPlaces(), d.MaxDecimalPlaces()), r.decimals);
+    EXPECT_EQ(Triple(d.Scale(), d.MinScale(), d.MaxScale()), r.scale);
 
     for (const auto& [name, readers] : FlagReaders()) {
       EXPECT_EQ((d.*readers.first)(), Has(r.meaningful, name)) << "meaningful " << name;
@@ -190,28 +150,10 @@ TEST(DatatypeCatalogue, EveryRowInstallsItsDocumentedDefaults) {
     EXPECT_TRUE(d.Nulls());
     EXPECT_EQ(d.PadChar(), o.find("pad char \"0\"") != std::string::npos ? '0' : ' ');
 
-    long v = 0, m = 0;
-    if (FindCode(o, "sign pos", v, m)) {
-      EXPECT_EQ(d.SignPos(), v);
-      EXPECT_EQ(d.SignPosMask(), m);
-    } else {
-      EXPECT_EQ(d.SignPos(), 4);
-      EXPECT_EQ(d.SignPosMask(), 0);
-    }
-    if (FindCode(o, "sign style", v, m)) {
-      EXPECT_EQ(d.SignStyle(), v);
-      EXPECT_EQ(d.SignStyleMask(), m);
-    } else {
-      EXPECT_EQ(d.SignStyle(), 0);
-      EXPECT_EQ(d.SignStyleMask(), 0);
-    }
-    if (o.find("align right (2), align mask 3") != std::string::npos) {
-      EXPECT_EQ(d.Align(), 2);
-      EXPECT_EQ(d.AlignMask(), 3);
-    } else {
-      EXPECT_EQ(d.Align(), 1);
-      EXPECT_EQ(d.AlignMask(), 1);
-    }
+    EXPECT_EQ(Pair(d.SignPos(), d.SignPosMask()), Code(o, "sign pos", "4/0"));
+    EXPECT_EQ(Pair(d.SignStyle(), d.SignStyleMask()), Code(o, "sign style", "0/0"));
+    const bool right = o.find("align right (2), align mask 3") != std::string::npos;
+    EXPECT_EQ(Pair(d.Align(), d.AlignMask()), right ? "2/3" : "1/1");
 
     std::string picture = "<null>";
     size_t p = o.find("picture \"");
@@ -227,11 +169,9 @@ TEST(DatatypeCatalogue, EveryRowInstallsItsDocumentedDefaults) {
     EXPECT_EQ(zqtest::Str(d.Picture()), picture);
 
     // The reset values no row changes.
-    EXPECT_EQ(d.NegType(), 1);
-    EXPECT_EQ(d.NegTypeMask(), 1);
-    EXPECT_EQ(d.DecimalSeparator(), '.');
-    EXPECT_EQ(d.ThousandSeparator(), 0);
-    EXPECT_EQ(d.Usage(), 0);
+    EXPECT_EQ((std::vector<long>{d.NegType(), d.NegTypeMask(), d.DecimalSeparator(),
+                                 d.ThousandSeparator(), d.Usage()}),
+              (std::vector<long>{1, 1, '.', 0, 0}));
     EXPECT_FALSE(d.AutoInc() || d.Currency() || d.Display() || d.RowVersion());
     EXPECT_EQ(zqtest::Str(d.Alias()), r.name);
   }
@@ -245,7 +185,7 @@ TEST(DatatypeCatalogue, FreshDescriptorPrintsAndReadsBackEqual) {
     // Only the always-written clauses appear for a fresh descriptor.
     char expected[128];
     std::snprintf(expected, sizeof expected, "'%s;order= %s;length=%ld'", r.name.c_str(),
-                  d.MSBFirst() ? "MSB" : "LSB", r.length.def);
+                  d.MSBFirst() ? "MSB" : "LSB", d.Length());
     EXPECT_EQ(text, expected);
     ZQDType back = zqtest::ReadBack(text);
     // Reading applies ";length=" through the coupling setter. Three catalogue
@@ -265,6 +205,9 @@ TEST(DatatypeCatalogue, FreshDescriptorPrintsAndReadsBackEqual) {
 }
 
 TEST(DatatypeCatalogue, NamesInCatalogueOrder) {
+  ASSERT_EQ(Rows().size(), 73u);
+  std::map<long, int> seen;
+  for (const ExpectedRow& r : Rows()) EXPECT_EQ(seen[r.value]++, 0) << r.value;
   const char* const* names = ZQDType::GetAllTypedefs();
   ASSERT_NE(names, nullptr);
   size_t i = 0;
@@ -275,8 +218,7 @@ TEST(DatatypeCatalogue, NamesInCatalogueOrder) {
 
   // Names are found ignoring case; values that are not types read as Text.
   for (const ExpectedRow& r : Rows()) {
-    std::string upper = r.name;
-    for (char& c : upper) c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+    const std::string upper = Upper(r.name);
     DATATYPE t;
     ASSERT_TRUE(ZQDType::TypeByName(upper.c_str(), t)) << upper;
     EXPECT_EQ(t, r.value);
@@ -375,33 +317,23 @@ struct CodeRow {
 };
 
 TEST(DatatypeCatalogue, CodeTables) {
-  const CodeRow styles[] = {{1, "ibm", "IBM"},
-                            {2, "mfcobol", "Micro Focus"},
-                            {4, "wang", "Wang"},
-                            {8, "unisys", "UniSys"},
-                            {16, "rmcobol", "Ryand McFarland"},
-                            {32, "cr", "Credit/Debit [123CR/123DB]"},
-                            {64, "db", "Credit/Debit [123DB/123CR]"},
-                            {128, "parens", "Negative values in parens [(123)/123]"},
-                            {256, "angle", "Negative values in angle brackets [<123>/123]"},
-                            {512, "separate", "Sign separate [-123/123]"},
-                            {1024, "acucobol", "Acucobol-85"}};
-  const CodeRow types[] = {{1, "normal", "Leading sign [-123/123]"},
-                           {2, "mlast", "Trailing sign [123-/123]"},
-                           {4, "cr", "Credit/Debit [123CR/123DB]"},
-                           {8, "db", "Credit/Debit [123DB/123CR]"},
-                           {16, "parens", "Negative values in parens [(123)/123]"},
-                           {32, "angle", "Negative values in angle brackets [<123>/123]"}};
-  const CodeRow positions[] = {{1, "osfirst", "Leading"},
-                               {2, "oslast", "Trailing"},
-                               {4, "first", "Leading Separate"},
-                               {8, "last", "Trailing Separate"},
+  const CodeRow styles[] = {
+      {1, "ibm", "IBM"}, {2, "mfcobol", "Micro Focus"}, {4, "wang", "Wang"},
+      {8, "unisys", "UniSys"}, {16, "rmcobol", "Ryand McFarland"},
+      {32, "cr", "Credit/Debit [123CR/123DB]"}, {64, "db", "Credit/Debit [123DB/123CR]"},
+      {128, "parens", "Negative values in parens [(123)/123]"},
+      {256, "angle", "Negative values in angle brackets [<123>/123]"},
+      {512, "separate", "Sign separate [-123/123]"}, {1024, "acucobol", "Acucobol-85"}};
+  const CodeRow types[] = {
+      {1, "normal", "Leading sign [-123/123]"}, {2, "mlast", "Trailing sign [123-/123]"},
+      {4, "cr", "Credit/Debit [123CR/123DB]"}, {8, "db", "Credit/Debit [123DB/123CR]"},
+      {16, "parens", "Negative values in parens [(123)/123]"},
+      {32, "angle", "Negative values in angle brackets [<123>/123]"}};
+  const CodeRow positions[] = {{1, "osfirst", "Leading"}, {2, "oslast", "Trailing"},
+                               {4, "first", "Leading Separate"}, {8, "last", "Trailing Separate"},
                                {16, "none", "None"}};
-  const CodeRow aligns[] = {{1, "left", "Left"},
-                            {2, "right", "Right"},
-                            {4, "center", "Center"},
-                            {8, "decimal", "Decimal"},
-                            {16, "general", "General"}};
+  const CodeRow aligns[] = {{1, "left", "Left"}, {2, "right", "Right"}, {4, "center", "Center"},
+                            {8, "decimal", "Decimal"}, {16, "general", "General"}};
   struct Table {
     const CodeRow* rows;
     size_t n;
@@ -420,9 +352,7 @@ TEST(DatatypeCatalogue, CodeTables) {
       SCOPED_TRACE(r.key);
       EXPECT_EQ(t.to_value(r.key), r.value);
       EXPECT_EQ(t.to_value(r.text), r.value);
-      std::string upper = r.key;
-      for (char& c : upper) c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
-      EXPECT_EQ(t.to_value(upper.c_str()), r.value);
+      EXPECT_EQ(t.to_value(Upper(r.key).c_str()), r.value);
       EXPECT_STREQ(t.to_text(r.value, false), r.key);
       EXPECT_STREQ(t.to_text(r.value, true), r.text);
     }

@@ -11,6 +11,28 @@
 
 namespace zqtest {
 
+// The bytes as upper-case hex pairs separated by spaces.
+inline std::string Hex(const void* data, size_t n) {
+  static const char kDigits[] = "0123456789ABCDEF";
+  const unsigned char* p = static_cast<const unsigned char*>(data);
+  std::string s;
+  for (size_t i = 0; i < n; ++i) {
+    if (i) s += ' ';
+    s += kDigits[p[i] >> 4];
+    s += kDigits[p[i] & 15];
+  }
+  return s;
+}
+
+// The bytes written as hex pairs separated by spaces.
+inline std::string FromHex(const std::string& hex) {
+  std::string b;
+  for (size_t i = 0; i + 1 < hex.size(); i += 3) {
+    b += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+  }
+  return b;
+}
+
 inline std::string Str(const char* s) { return s == nullptr ? std::string("<null>") : s; }
 
 inline std::string PrintOf(const ZQDType& d) {
@@ -27,45 +49,23 @@ inline ZQDType ReadBack(const std::string& text) {
 // Compares every property a property string carries; `negtype` also
 // compares the negative type, which the string does not carry back.
 inline void ExpectSameDescriptor(const ZQDType& a, const ZQDType& b, bool negtype = true) {
-  EXPECT_EQ(a.Type(), b.Type());
-  EXPECT_EQ(a.GenericType(), b.GenericType());
+#define ZQ_SAME(f) EXPECT_EQ(a.f(), b.f()) << #f;
+  ZQ_SAME(Type) ZQ_SAME(GenericType) ZQ_SAME(SettableFlags) ZQ_SAME(MeaningfulFlags)
+  ZQ_SAME(Length) ZQ_SAME(MinLength) ZQ_SAME(MaxLength)
+  ZQ_SAME(Precision) ZQ_SAME(MinPrecision) ZQ_SAME(MaxPrecision)
+  ZQ_SAME(Scale) ZQ_SAME(MinScale) ZQ_SAME(MaxScale)
+  ZQ_SAME(DecimalPlaces) ZQ_SAME(MinDecimalPlaces) ZQ_SAME(MaxDecimalPlaces)
+  ZQ_SAME(PadChar) ZQ_SAME(DecimalSeparator) ZQ_SAME(ThousandSeparator)
+  ZQ_SAME(MSBFirst) ZQ_SAME(Signed) ZQ_SAME(Nulls) ZQ_SAME(VariableLength)
+  ZQ_SAME(SignStyle) ZQ_SAME(SignStyleMask) ZQ_SAME(SignPos) ZQ_SAME(SignPosMask)
+  ZQ_SAME(NegTypeMask) ZQ_SAME(Align) ZQ_SAME(AlignMask)
+  ZQ_SAME(AutoInc) ZQ_SAME(Currency) ZQ_SAME(Display) ZQ_SAME(RowVersion)
+#undef ZQ_SAME
   EXPECT_EQ(Str(a.Alias()), Str(b.Alias()));
   EXPECT_EQ(Str(a.Picture()), Str(b.Picture()));
-  EXPECT_EQ(a.Length(), b.Length());
-  EXPECT_EQ(a.MinLength(), b.MinLength());
-  EXPECT_EQ(a.MaxLength(), b.MaxLength());
-  EXPECT_EQ(a.Precision(), b.Precision());
-  EXPECT_EQ(a.MinPrecision(), b.MinPrecision());
-  EXPECT_EQ(a.MaxPrecision(), b.MaxPrecision());
-  EXPECT_EQ(a.Scale(), b.Scale());
-  EXPECT_EQ(a.MinScale(), b.MinScale());
-  EXPECT_EQ(a.MaxScale(), b.MaxScale());
-  EXPECT_EQ(a.DecimalPlaces(), b.DecimalPlaces());
-  EXPECT_EQ(a.MinDecimalPlaces(), b.MinDecimalPlaces());
-  EXPECT_EQ(a.MaxDecimalPlaces(), b.MaxDecimalPlaces());
-  EXPECT_EQ(a.PadChar(), b.PadChar());
-  EXPECT_EQ(a.DecimalSeparator(), b.DecimalSeparator());
-  EXPECT_EQ(a.ThousandSeparator(), b.ThousandSeparator());
-  EXPECT_EQ(a.MSBFirst(), b.MSBFirst());
-  EXPECT_EQ(a.Signed(), b.Signed());
-  EXPECT_EQ(a.Nulls(), b.Nulls());
-  EXPECT_EQ(a.VariableLength(), b.VariableLength());
-  EXPECT_EQ(a.SettableFlags(), b.SettableFlags());
-  EXPECT_EQ(a.MeaningfulFlags(), b.MeaningfulFlags());
-  EXPECT_EQ(a.SignStyle(), b.SignStyle());
-  EXPECT_EQ(a.SignStyleMask(), b.SignStyleMask());
-  EXPECT_EQ(a.SignPos(), b.SignPos());
-  EXPECT_EQ(a.SignPosMask(), b.SignPosMask());
   if (negtype) {
     EXPECT_EQ(a.NegType(), b.NegType());
   }
-  EXPECT_EQ(a.NegTypeMask(), b.NegTypeMask());
-  EXPECT_EQ(a.Align(), b.Align());
-  EXPECT_EQ(a.AlignMask(), b.AlignMask());
-  EXPECT_EQ(a.AutoInc(), b.AutoInc());
-  EXPECT_EQ(a.Currency(), b.Currency());
-  EXPECT_EQ(a.Display(), b.Display());
-  EXPECT_EQ(a.RowVersion(), b.RowVersion());
 }
 
 }  // namespace zqtest

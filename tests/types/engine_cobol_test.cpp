@@ -6,7 +6,6 @@
 #include <cinttypes>
 #include <cmath>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,31 +20,29 @@ using zq_test::CobolOracle;
 
 // The descriptor of each field of fields.cbl, in record order, for PIC
 // S9(7)V99 and 9(7)V99.
-std::vector<ZQDType> Descriptors(const int* len) {
+std::vector<ZQDType> Descriptors(const std::vector<int>& len) {
+  const struct {
+    DATATYPE type;
+    bool is_signed;
+    long sign_pos;
+  } fields[] = {{ZQDT_COMP3, true, 8},   {ZQDT_COMP3, false, 8}, {ZQDT_ZONED, true, 2},
+                {ZQDT_DISPLAY_SIGN_LEADING, true, 1},          {ZQDT_ZONED, true, 8},
+                {ZQDT_DISPLAY_SIGN_LEADING_SEP, true, 4},      {ZQDT_ZONED, false, 2},
+                {ZQDT_COMP, true, 0},    {ZQDT_COMP, false, 0},  {ZQDT_COMP5, true, 0},
+                {ZQDT_COMP5, false, 0}};
   std::vector<ZQDType> d;
-  auto add = [&](DATATYPE t, int i, bool is_signed, long sign_pos) {
-    ZQDType x(t);
+  for (size_t i = 0; i < len.size(); ++i) {
+    ZQDType x(fields[i].type);
     x.MaxLength(32);
     x.Length(len[i]);
     x.MinScale(-18);
     x.MaxScale(18);
     x.Scale(2);
-    x.Signed(is_signed);
-    if (sign_pos != 0) x.SignPos(sign_pos);
+    x.Signed(fields[i].is_signed);
+    if (fields[i].sign_pos != 0) x.SignPos(fields[i].sign_pos);
     x.SignStyle(2);
     d.push_back(x);
-  };
-  add(ZQDT_COMP3, 0, true, 8);
-  add(ZQDT_COMP3, 1, false, 8);
-  add(ZQDT_ZONED, 2, true, 2);
-  add(ZQDT_DISPLAY_SIGN_LEADING, 3, true, 1);
-  add(ZQDT_ZONED, 4, true, 8);
-  add(ZQDT_DISPLAY_SIGN_LEADING_SEP, 5, true, 4);
-  add(ZQDT_ZONED, 6, false, 2);
-  add(ZQDT_COMP, 7, true, 0);
-  add(ZQDT_COMP, 8, false, 0);
-  add(ZQDT_COMP5, 9, true, 0);
-  add(ZQDT_COMP5, 10, false, 0);
+  }
   return d;
 }
 
@@ -60,13 +57,8 @@ TEST(EngineCobol, ScaledFieldsBothWays) {
   if (!CobolOracle::Available()) GTEST_SKIP() << "cobc not installed";
   CobolOracle cob;
   ASSERT_TRUE(cob.Compile("fields.cbl", "scaled", "-fbinary-size=1--8", "(ND)", "(7)V99"));
-  std::istringstream layout(cob.Run("scaled", "layout"));
-  int len[11];
-  int rec_len = 0;
-  for (int& l : len) {
-    ASSERT_TRUE(layout >> l);
-    rec_len += l;
-  }
+  const std::vector<int> len = cob.Layout("scaled");
+  ASSERT_EQ(len.size(), 11u);
   const std::vector<ZQDType> types = Descriptors(len);
 
   std::mt19937_64 rng(99);
@@ -76,24 +68,17 @@ TEST(EngineCobol, ScaledFieldsBothWays) {
     const int64_t c = static_cast<int64_t>(rng() % static_cast<uint64_t>(lim));
     cents.push_back((rng() & 1) ? -c : c);
   }
-  std::string lines;
-  for (int64_t c : cents) {
-    char buf[24];
-    snprintf(buf, sizeof(buf), "%c%09" PRId64 "\n", c < 0 ? '-' : '+', c < 0 ? -c : c);
-    lines += buf;
-  }
-  cob.Write("values.txt", lines);
-  cob.Run("scaled", "encode");
-  const std::string bin = cob.Read("fields.bin");
-  ASSERT_EQ(bin.size(), cents.size() * rec_len);
+  const std::string bin = cob.Encode("scaled", cents, 9, "fields.bin");
   const ZQString rec(bin.data(), static_cast<int>(bin.size()));
 
   ZQString ours;
+  std::vector<int64_t> wants;
   long off = 0;
   for (int64_t c : cents) {
-    for (size_t f = 0; f < types.size(); ++f) {
+    for (size_t f = 0; f < types.size(); off += len[f], ++f) {
       const ZQDType& t = types[f];
       const int64_t want = t.Signed() || c >= 0 ? c : -c;
+      wants.push_back(want);
       SCOPED_TRACE(std::string(t.TypeName()) + " field " + std::to_string(f) + " " +
                    CentsText(want));
       double d = 0;
@@ -125,21 +110,10 @@ TEST(EngineCobol, ScaledFieldsBothWays) {
                   std::string(rec.c_str() + off, len[f]));
       }
       ours += fromx;
-      off += len[f];
     }
   }
-
-  cob.Write("fields.bin", std::string(ours.c_str(), ours.length()));
-  cob.Run("scaled", "decode");
-  std::istringstream decoded(cob.Read("decoded.txt"));
-  for (int64_t c : cents) {
-    for (const ZQDType& t : types) {
-      const int64_t want = t.Signed() || c >= 0 ? c : -c;
-      std::string word;
-      ASSERT_TRUE(decoded >> word);
-      EXPECT_EQ(strtoll(word.c_str(), nullptr, 10), want) << t.TypeName();
-    }
-  }
+  ASSERT_EQ(off, static_cast<long>(bin.size()));
+  EXPECT_EQ(cob.Decode("scaled", "fields.bin", std::string(ours.c_str(), ours.length())), wants);
 }
 
 }  // namespace

@@ -28,10 +28,8 @@ inline bool RunCommand(const std::string& command, std::string& out) {
 // Path of the running test program.
 inline std::string SelfPath() {
   char buf[4096];
-  ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
-  if (n <= 0) return std::string();
-  buf[n] = '\0';
-  return buf;
+  ssize_t n = readlink("/proc/self/exe", buf, sizeof buf);
+  return n > 0 ? std::string(buf, n) : std::string();
 }
 
 // True in a child started by RunChildTests.

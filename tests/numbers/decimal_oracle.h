@@ -26,10 +26,7 @@ inline i128 Pow10(int n) {
 // Strips trailing zeros so that equal values have equal representations.
 inline Exact Reduced(Exact x) {
   if (x.m == 0) return {0, 0};
-  while (x.m % 10 == 0) {
-    x.m /= 10;
-    --x.s;
-  }
+  for (; x.m % 10 == 0; --x.s) x.m /= 10;
   return x;
 }
 
@@ -44,27 +41,14 @@ inline int Compare(Exact a, Exact b) {
   a = Reduced(a);
   b = Reduced(b);
   int s = a.s > b.s ? a.s : b.s;
-  i128 x = a.m * Pow10(s - a.s);
-  i128 y = b.m * Pow10(s - b.s);
+  i128 x = a.m * Pow10(s - a.s), y = b.m * Pow10(s - b.s);
   return x < y ? -1 : x > y ? 1 : 0;
 }
 
+
 // Truncates towards zero to scale `s`.
 inline Exact Trunc(Exact x, int s) {
-  if (s >= x.s) return x;
-  return {x.m / Pow10(x.s - s), s};
-}
-
-// Reads the value back from the documented twelve-byte storage form.
-inline Exact FromStore(ZQDecimal const& d, bool* negative = nullptr) {
-  char b[12];
-  d.Store(b);
-  i128 m = 0;
-  for (int i = 1; i <= 10; ++i) m = m * 100 + static_cast<unsigned char>(b[i]);
-  int e = static_cast<signed char>(static_cast<unsigned char>(b[11]) ^ 0x80);
-  if (negative != nullptr) *negative = b[0] == 0;
-  if (b[0] == 0) m = -m;
-  return {m, 20 - 2 * e};
+  return s >= x.s ? x : Exact{x.m / Pow10(x.s - s), s};
 }
 
 // Stored exponent (base-100 digits before the point).
@@ -74,46 +58,45 @@ inline int StoredExponent(ZQDecimal const& d) {
   return static_cast<signed char>(static_cast<unsigned char>(b[11]) ^ 0x80);
 }
 
+// Reads the value back from the documented twelve-byte storage form.
+inline Exact FromStore(ZQDecimal const& d, bool* negative = nullptr) {
+  char b[12];
+  d.Store(b);
+  i128 m = 0;
+  for (int i = 1; i <= 10; ++i) m = m * 100 + static_cast<unsigned char>(b[i]);
+  if (negative != nullptr) *negative = b[0] == 0;
+  return {b[0] == 0 ? -m : m, 20 - 2 * StoredExponent(d)};
+}
+
 // Reads "[-]digits[.digits]".
 inline Exact FromText(std::string const& t) {
   Exact x;
-  size_t i = 0;
-  bool neg = false;
-  if (i < t.size() && (t[i] == '-' || t[i] == '+')) neg = t[i++] == '-';
   bool frac = false;
-  for (; i < t.size(); ++i) {
-    if (t[i] == '.') {
-      frac = true;
-      continue;
-    }
-    x.m = x.m * 10 + (t[i] - '0');
-    if (frac) ++x.s;
+  for (char c : t) {
+    if (c == '.') frac = true;
+    if (c < '0' || c > '9') continue;
+    x.m = x.m * 10 + (c - '0');
+    x.s += frac;
   }
-  if (neg) x.m = -x.m;
+  if (!t.empty() && t[0] == '-') x.m = -x.m;
   return x;
 }
 
 // The shortest text of a value: no leading zeros, no trailing fraction zeros.
 inline std::string ToText(Exact x) {
   x = Reduced(x);
-  bool neg = x.m < 0;
-  i128 m = neg ? -x.m : x.m;
-  std::string digits;
+  i128 m = x.m < 0 ? -x.m : x.m;
+  std::string d;
   do {
-    digits.insert(digits.begin(),
-                  static_cast<char>('0' + static_cast<int>(m % 10)));
-    m /= 10;
-  } while (m != 0);
-  std::string t;
+    d.insert(d.begin(), static_cast<char>('0' + static_cast<int>(m % 10)));
+  } while ((m /= 10) != 0);
   if (x.s <= 0) {
-    t = digits + std::string(-x.s, '0');
-  } else if (static_cast<int>(digits.size()) > x.s) {
-    t = digits.substr(0, digits.size() - x.s) + "." +
-        digits.substr(digits.size() - x.s);
+    d += std::string(-x.s, '0');
   } else {
-    t = "0." + std::string(x.s - digits.size(), '0') + digits;
+    if (static_cast<int>(d.size()) <= x.s) d.insert(0, x.s + 1 - d.size(), '0');
+    d.insert(d.size() - x.s, ".");
   }
-  return neg ? "-" + t : t;
+  return x.m < 0 ? "-" + d : d;
 }
 
 // A random literal of `sig` significant digits (the first non-zero) with
@@ -123,15 +106,14 @@ inline std::string RandomText(std::mt19937_64& rng, int sig, int int_digits,
                               bool negative) {
   std::string d(1, static_cast<char>('1' + rng() % 9));
   for (int i = 1; i < sig; ++i) d += static_cast<char>('0' + rng() % 10);
-  std::string t = negative ? "-" : "";
   if (int_digits <= 0) {
-    t += "0." + std::string(-int_digits, '0') + d;
+    d = "0." + std::string(-int_digits, '0') + d;
   } else if (int_digits >= sig) {
-    t += d + std::string(int_digits - sig, '0');
+    d += std::string(int_digits - sig, '0');
   } else {
-    t += d.substr(0, int_digits) + "." + d.substr(int_digits);
+    d.insert(int_digits, ".");
   }
-  return t;
+  return negative ? "-" + d : d;
 }
 
 }  // namespace decimal_oracle

@@ -10,6 +10,9 @@ The output is a C++ header defining, inside namespace NAMESPACE:
   kLeadRow[256]      row of kDouble for each byte; row 0 (every byte that
                      is no lead byte) holds no characters;
   kDouble[][256]     unit of lead row + trail byte, 0xFFFF if invalid;
+  kMultiRanges[][2]  the bytes that are no character alone (lead bytes and
+                     invalid bytes) as ranges lo, hi, kMultiRangeCount of
+                     them, for classifying a block of bytes at once;
   kRevIndex[256]     page of kRevPage holding units with this high byte;
   kRevPage[][256]    bytes of each unit (lead << 8 | trail for two bytes),
                      0 when the unit has no form (unit 0 is byte 0).
@@ -55,6 +58,15 @@ def generate(iconv_name, namespace, own_values):
         k_lead_row[lead] = i + 1
         k_double.append([leads[lead].get(t, INVALID) for t in range(256)])
 
+    multi_ranges = []
+    for b in range(256):
+        if k_single[b] != INVALID:
+            continue
+        if multi_ranges and multi_ranges[-1][1] == b - 1:
+            multi_ranges[-1][1] = b
+        else:
+            multi_ranges.append([b, b])
+
     pages = [[0] * 256]  # page 0: no unit of this high byte has a form
     k_rev_index = [0] * 256
     for hi in range(256):
@@ -87,6 +99,12 @@ def generate(iconv_name, namespace, own_values):
     for row in k_double:
         lines += ["  {", rows(row), "  },"]
     lines += [
+        "};",
+        "",
+        "constexpr int kMultiRangeCount = %d;" % len(multi_ranges),
+        "",
+        "constexpr unsigned char kMultiRanges[%d][2] = {" % max(1, len(multi_ranges)),
+        "    " + ", ".join("{0x%02X, 0x%02X}" % (lo, hi) for lo, hi in multi_ranges or [(0, 0)]) + ",",
         "};",
         "",
         "static const unsigned char kRevIndex[256] = {",

@@ -12,6 +12,7 @@
 #include "platform/dynlib.h"
 #include "platform/locale.h"
 #include "text/codepage.h"
+#include "text/utf8_run.h"
 #include "zq/encmodule.h"
 #include "zq/options.h"
 #include "zq/zqglob.h"
@@ -280,6 +281,9 @@ int Result(std::size_t r) {
 // byte gives the length, trailing bytes are added in without checks, and a
 // fixed offset per length is subtracted. A zero byte always ends the text.
 
+// Bytes searched for the zero byte at a time, ahead of the bulk run.
+constexpr std::size_t kScanWindow = 4096;
+
 constexpr uint32_t kUtf8Offset[5] = {0, 0, 0x3080, 0xE2080, 0x3C82080};
 
 // Decodes one sequence of at most `n` bytes; returns its length (0 for the
@@ -327,9 +331,32 @@ std::size_t Utf8MbsToWcs(unsigned short* out, const char* in, std::size_t n) {
       p += len;
     }
   }
-  // The same arithmetic as Utf8Decode, unrolled per length for speed. A
-  // trailing byte is read only after the one before it proved non-zero.
+  // Well-formed stretches go through the bulk run, which must not look past
+  // the zero byte: `known` marks how far the text is known to hold none,
+  // found a window at a time. Everything else takes the step below: the
+  // same arithmetic as Utf8Decode, unrolled per length, where a trailing
+  // byte is read only after the one before it proved non-zero.
+  const unsigned char* known = p;
+  bool end_seen = false;
   while (count < n) {
+    if (known < p) known = p;  // the step below may cross it
+    if (!end_seen && static_cast<std::size_t>(known - p) < zq::kUtf8RunMinBytes &&
+        n - count >= zq::kUtf8RunMinBytes) {
+      const void* zero = std::memchr(known, 0, kScanWindow);
+      if (zero != nullptr) {
+        known = static_cast<const unsigned char*>(zero);
+        end_seen = true;
+      } else {
+        known += kScanWindow;
+      }
+    }
+    if (static_cast<std::size_t>(known - p) >= zq::kUtf8RunMinBytes) {
+      std::size_t used = 0;
+      count += zq::Utf8DecodeRun(p, static_cast<std::size_t>(known - p), out + count,
+                                 n - count, &used);
+      p += used;
+      if (count >= n) break;
+    }
     uint32_t c = p[0];
     if (c < 0xC0) {  // one byte, a stray trailing byte included
       out[count] = static_cast<unsigned short>(c);
@@ -405,6 +432,12 @@ std::size_t Utf8WcsToMbs(char* out, const unsigned short* in, std::size_t n) {
   std::size_t count = 0;
   unsigned char bytes[4];
   for (;;) {
+    if (out != nullptr) {
+      std::size_t used = 0;
+      count += zq::Utf8EncodeRunToZero(in, reinterpret_cast<unsigned char*>(out) + count,
+                                       n - count, &used);
+      in += used;
+    }
     uint32_t cp = *in;
     if (cp == 0) {
       if (out != nullptr && count < n) out[count] = '\0';

@@ -49,49 +49,6 @@ const std::vector<ZQDecimal>& Decimals() {
   return values;
 }
 
-void BM_Parse_ZQDecimal(benchmark::State& state) {
-  const auto& texts = Texts();
-  size_t i = 0;
-  for (auto _ : state) {
-    ZQDecimal d(texts[i++ & kMask].c_str());
-    benchmark::DoNotOptimize(d);
-  }
-}
-BENCHMARK(BM_Parse_ZQDecimal);
-
-void BM_Print_ZQDecimal(benchmark::State& state) {
-  const auto& values = Decimals();
-  char buf[64];
-  size_t i = 0;
-  for (auto _ : state) {
-    values[i++ & kMask].Print(buf, sizeof buf);
-    benchmark::DoNotOptimize(buf);
-  }
-}
-BENCHMARK(BM_Print_ZQDecimal);
-
-void BM_Add_ZQDecimal(benchmark::State& state) {
-  const auto& values = Decimals();
-  size_t i = 0;
-  for (auto _ : state) {
-    ZQDecimal r = values[i & kMask] + values[(i + 1) & kMask];
-    ++i;
-    benchmark::DoNotOptimize(r);
-  }
-}
-BENCHMARK(BM_Add_ZQDecimal);
-
-void BM_Compare_ZQDecimal(benchmark::State& state) {
-  const auto& values = Decimals();
-  size_t i = 0;
-  for (auto _ : state) {
-    bool r = values[i & kMask] > values[(i + 1) & kMask];
-    ++i;
-    benchmark::DoNotOptimize(r);
-  }
-}
-BENCHMARK(BM_Compare_ZQDecimal);
-
 #ifdef ZQ_BENCH_HAVE_BID
 const std::vector<BID_UINT128>& Peers() {
   static const std::vector<BID_UINT128> values = [] {
@@ -105,7 +62,21 @@ const std::vector<BID_UINT128>& Peers() {
   }();
   return values;
 }
+#endif
 
+// Each operation runs on our side and then on the peer's, so that both see
+// the same load on a shared machine.
+void BM_Parse_ZQDecimal(benchmark::State& state) {
+  const auto& texts = Texts();
+  size_t i = 0;
+  for (auto _ : state) {
+    ZQDecimal d(texts[i++ & kMask].c_str());
+    benchmark::DoNotOptimize(d);
+  }
+}
+BENCHMARK(BM_Parse_ZQDecimal);
+
+#ifdef ZQ_BENCH_HAVE_BID
 void BM_Parse_decimal128(benchmark::State& state) {
   const auto& texts = Texts();
   _IDEC_flags flags = 0;
@@ -118,7 +89,20 @@ void BM_Parse_decimal128(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_Parse_decimal128);
+#endif
 
+void BM_Print_ZQDecimal(benchmark::State& state) {
+  const auto& values = Decimals();
+  char buf[64];
+  size_t i = 0;
+  for (auto _ : state) {
+    values[i++ & kMask].Print(buf, sizeof buf);
+    benchmark::DoNotOptimize(buf);
+  }
+}
+BENCHMARK(BM_Print_ZQDecimal);
+
+#ifdef ZQ_BENCH_HAVE_BID
 void BM_Print_decimal128(benchmark::State& state) {
   const auto& values = Peers();
   _IDEC_flags flags = 0;
@@ -130,7 +114,20 @@ void BM_Print_decimal128(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_Print_decimal128);
+#endif
 
+void BM_Add_ZQDecimal(benchmark::State& state) {
+  const auto& values = Decimals();
+  size_t i = 0;
+  for (auto _ : state) {
+    ZQDecimal r = values[i & kMask] + values[(i + 1) & kMask];
+    ++i;
+    benchmark::DoNotOptimize(r);
+  }
+}
+BENCHMARK(BM_Add_ZQDecimal);
+
+#ifdef ZQ_BENCH_HAVE_BID
 void BM_Add_decimal128(benchmark::State& state) {
   const auto& values = Peers();
   _IDEC_flags flags = 0;
@@ -143,7 +140,20 @@ void BM_Add_decimal128(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_Add_decimal128);
+#endif
 
+void BM_Compare_ZQDecimal(benchmark::State& state) {
+  const auto& values = Decimals();
+  size_t i = 0;
+  for (auto _ : state) {
+    bool r = values[i & kMask] > values[(i + 1) & kMask];
+    ++i;
+    benchmark::DoNotOptimize(r);
+  }
+}
+BENCHMARK(BM_Compare_ZQDecimal);
+
+#ifdef ZQ_BENCH_HAVE_BID
 void BM_Compare_decimal128(benchmark::State& state) {
   const auto& values = Peers();
   _IDEC_flags flags = 0;

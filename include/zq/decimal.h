@@ -143,10 +143,6 @@ class ZQ_EXPORT ZQDecimal {
   ZQ_DECIMAL_INTERNAL void SetUnsigned64(unsigned long long v);
   ZQ_DECIMAL_INTERNAL void SetDigits(char const* d, int count, int point);
   ZQ_DECIMAL_INTERNAL bool SetExponent(int e);
-  ZQ_DECIMAL_INTERNAL void Add(ZQDecimal& other);
-  ZQ_DECIMAL_INTERNAL void Subtract(ZQDecimal const& other);
-  ZQ_DECIMAL_INTERNAL void Combine(ZQDecimal& other, unsigned char other_sign,
-                                   bool align_other, unsigned char zero_sign);
   ZQ_DECIMAL_INTERNAL unsigned long long Whole64() const;
   ZQ_DECIMAL_INTERNAL unsigned int Whole32() const;
   ZQ_DECIMAL_INTERNAL bool DigitsZero() const;

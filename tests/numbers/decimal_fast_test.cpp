@@ -7,35 +7,15 @@
 #include <cstring>
 #include <string>
 
+#include "numbers/decimal_oracle.h"
 #include "zq/decimal.h"
 
 namespace {
 
-using i128 = __int128;
-
-// m / 10^s, exactly.
-struct Exact {
-  i128 m = 0;
-  int s = 0;
-};
-
-i128 Pow10(int n) {
-  i128 p = 1;
-  while (n-- > 0) p *= 10;
-  return p;
-}
-
-Exact Reduced(Exact x) {
-  if (x.m == 0) return {0, 0};
-  while (x.m % 10 == 0) {
-    x.m /= 10;
-    --x.s;
-  }
-  return x;
-}
+using namespace decimal_oracle;
 
 // "[-]digits[.digits]", ignoring a leading '+' and blanks.
-Exact FromText(std::string const& t) {
+Exact FromLooseText(std::string const& t) {
   Exact x;
   bool negative = false, fraction = false;
   for (char c : t) {
@@ -47,30 +27,6 @@ Exact FromText(std::string const& t) {
   }
   if (negative) x.m = -x.m;
   return x;
-}
-
-// The value of the storage form.
-Exact FromStore(ZQDecimal const& d, int* exponent = nullptr) {
-  char b[12];
-  d.Store(b);
-  i128 m = 0;
-  for (int i = 1; i <= 10; ++i) m = m * 100 + static_cast<unsigned char>(b[i]);
-  int e = static_cast<signed char>(static_cast<unsigned char>(b[11]) ^ 0x80);
-  if (exponent != nullptr) *exponent = e;
-  return {b[0] == 0 ? -m : m, 20 - 2 * e};
-}
-
-// Drops the digits below 10^-s (towards zero); s may be negative.
-Exact TruncatedTo(Exact x, int s) {
-  if (s >= x.s) return x;
-  i128 unit = Pow10(x.s - s);
-  return {x.m / unit * unit, x.s};
-}
-
-bool Same(Exact a, Exact b) {
-  a = Reduced(a);
-  b = Reduced(b);
-  return a.m == b.m && a.s == b.s;
 }
 
 std::string Printed(ZQDecimal const& d, int size, char* buf, int buf_size) {
@@ -142,10 +98,9 @@ TEST(DecimalFastPaths, DigitRunsOfEveryLengthAndPointPosition) {
           // pairs kept in all: the rest of the value is cut off.
           int whole = static_cast<int>(std::min(run.find('.'), run.size()));
           int pairs = (whole + 1) / 2;
-          int exponent = 99;
-          Exact value = FromStore(d, &exponent);
-          EXPECT_EQ(exponent, pairs) << text;
-          EXPECT_TRUE(Same(value, TruncatedTo(FromText(text), 20 - 2 * pairs)))
+          Exact value = FromStore(d);
+          EXPECT_EQ(StoredExponent(d), pairs) << text;
+          EXPECT_TRUE(Equal(value, Trunc(FromLooseText(text), 20 - 2 * pairs)))
               << text;
         }
       }
@@ -202,10 +157,10 @@ TEST(DecimalFastPaths, CarriesAndNormalisationAtTheEdges) {
   EXPECT_TRUE(top + top == ZQDecimal());
   EXPECT_FALSE(top + ZQDecimal(1L).Scale(250) == ZQDecimal());
   ZQDecimal one = ZQDecimal(1L).Scale(-254);
-  int exponent = 0;
-  Exact low = FromStore(ZQDecimal("1.0001").Scale(-254) - one, &exponent);
-  EXPECT_EQ(exponent, -128);
-  EXPECT_TRUE(Same(low, FromStore(ZQDecimal("0.0001").Scale(-254))));
+  ZQDecimal low_value = ZQDecimal("1.0001").Scale(-254) - one;
+  Exact low = FromStore(low_value);
+  EXPECT_EQ(StoredExponent(low_value), -128);
+  EXPECT_TRUE(Equal(low, FromStore(ZQDecimal("0.0001").Scale(-254))));
   EXPECT_TRUE(ZQDecimal("1.000001").Scale(-254) - one == ZQDecimal());
 
   // The argument of the non-const addition is aligned (here losing its

@@ -2,13 +2,16 @@
       *> each field is moved to a numeric-edited item (decode) or back from
       *> one (encode), ten times over. bench.bin holds the fields; the
       *> argument names the conversion, and "load" only loads, for the
-      *> baseline.
+      *> baseline. "check" writes every conversion's result once to
+      *> check.bin, so that the benchmark can compare them with its own.
        IDENTIFICATION DIVISION.
        PROGRAM-ID. CODECS.
        ENVIRONMENT DIVISION.
        INPUT-OUTPUT SECTION.
        FILE-CONTROL.
            SELECT BIN-FILE ASSIGN TO "bench.bin"
+               ORGANIZATION SEQUENTIAL.
+           SELECT CHK-FILE ASSIGN TO "check.bin"
                ORGANIZATION SEQUENTIAL.
        DATA DIVISION.
        FILE SECTION.
@@ -17,6 +20,14 @@
           05 R-P3 PIC S9(7)V99 COMP-3.
           05 R-ZD PIC S9(7)V99.
           05 R-BN PIC S9(7)V99 BINARY.
+       FD CHK-FILE.
+       01 CHK-REC.
+          05 C-P3-ED PIC -9(7).99.
+          05 C-ZD-ED PIC -9(7).99.
+          05 C-BN-ED PIC -9(7).99.
+          05 C-P3 PIC S9(7)V99 COMP-3.
+          05 C-ZD PIC S9(7)V99.
+          05 C-BN PIC S9(7)V99 BINARY.
        WORKING-STORAGE SECTION.
        01 MODE-ARG PIC X(16).
        01 EOF-FLAG PIC X VALUE "N".
@@ -46,6 +57,18 @@
            END-PERFORM.
            CLOSE BIN-FILE.
            EVALUATE MODE-ARG
+             WHEN "check"
+               OPEN OUTPUT CHK-FILE
+               PERFORM VARYING I FROM 1 BY 1 UNTIL I > N
+                 MOVE T-P3(I) TO C-P3-ED
+                 MOVE T-ZD(I) TO C-ZD-ED
+                 MOVE T-BN(I) TO C-BN-ED
+                 MOVE T-ED(I) TO C-P3
+                 MOVE T-ED(I) TO C-ZD
+                 MOVE T-ED(I) TO C-BN
+                 WRITE CHK-REC
+               END-PERFORM
+               CLOSE CHK-FILE
              WHEN "pack-decode"
                PERFORM VARYING PASS FROM 1 BY 1 UNTIL PASS > 10
                PERFORM VARYING I FROM 1 BY 1 UNTIL I > N

@@ -24,6 +24,61 @@ const double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
+// The value 0 to 99 of a packed byte whose two nibbles are digits (0xFF
+// otherwise), and the packed byte of 0 to 99, built from the nibble rule.
+struct PackTables {
+  uint8_t value[256];
+  uint8_t byte[100];
+  constexpr PackTables() : value(), byte() {
+    for (int b = 0; b < 256; ++b) {
+      value[b] = (b >> 4) <= 9 && (b & 0x0F) <= 9 ? static_cast<uint8_t>((b >> 4) * 10 + (b & 0x0F))
+                                                  : 0xFF;
+    }
+    for (int v = 0; v < 100; ++v) byte[v] = static_cast<uint8_t>((v / 10) << 4 | (v % 10));
+  }
+};
+constexpr PackTables kPack;
+
+// The trailing sign nibble a writer stores for a non-negative value.
+int PositiveSignNibble(const DecimalFormat& f) {
+  if (!f.is_signed) return 0xF;
+  if (f.sign_style == kStyleRmCobol) return 0xB;
+  if (f.sign_style == kStyleAcuCobol) return 0xF;
+  return 0xC;
+}
+
+// Eight ASCII digits as a number; false when any byte is not a digit. The
+// first character is the most significant digit.
+bool EightDigits(const char* s, uint32_t* v) {
+  uint64_t x;
+  std::memcpy(&x, s, 8);
+  const uint64_t high_nibbles = x & 0xF0F0F0F0F0F0F0F0ull;
+  const uint64_t carried = (x + 0x0606060606060606ull) & 0xF0F0F0F0F0F0F0F0ull;
+  if ((high_nibbles | carried >> 4) != 0x3333333333333333ull) return false;
+  x = ((x & 0x0F0F0F0F0F0F0F0Full) * 2561) >> 8;
+  x = ((x & 0x00FF00FF00FF00FFull) * 6553601) >> 16;
+  *v = static_cast<uint32_t>(((x & 0x0000FFFF0000FFFFull) * 42949672960001ull) >> 32);
+  return true;
+}
+
+// `n` ASCII digits appended to the digits of `r`; false when a character is
+// not a digit. The caller keeps the total within 18 digits.
+bool AppendDigits(const char* s, int n, uint64_t r, uint64_t* v) {
+  int i = 0;
+  for (; i + 8 <= n; i += 8) {
+    uint32_t eight;
+    if (!EightDigits(s + i, &eight)) return false;
+    r = r * 100000000u + eight;
+  }
+  for (; i < n; ++i) {
+    const unsigned d = static_cast<unsigned char>(s[i]) - '0';
+    if (d > 9) return false;
+    r = r * 10 + d;
+  }
+  *v = r;
+  return true;
+}
+
 // "00" to "99", two characters each.
 const char kDigitPairs[] =
     "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
@@ -118,6 +173,45 @@ bool Unpunch(char* c, bool* neg, long style) {
       return true;
     default:
       return false;
+  }
+}
+
+// Unpunch as a table for one style: the translated character and the sign of
+// every byte, so that reading an overpunched digit takes no branch.
+struct UnpunchTable {
+  char ch[256];
+  bool neg[256];
+};
+
+UnpunchTable MakeUnpunchTable(long style) {
+  UnpunchTable t;
+  for (int u = 0; u < 256; ++u) {
+    char c = static_cast<char>(u);
+    bool neg = false;
+    Unpunch(&c, &neg, style);
+    t.ch[u] = c;
+    t.neg[u] = neg;
+  }
+  return t;
+}
+
+// The table of a style the overpunch table knows, or null.
+const UnpunchTable* UnpunchFor(long style) {
+  static const UnpunchTable kIbm = MakeUnpunchTable(kStyleIbm);
+  static const UnpunchTable kMf = MakeUnpunchTable(kStyleMfCobol);
+  static const UnpunchTable kWang = MakeUnpunchTable(kStyleWang);
+  static const UnpunchTable kAcu = MakeUnpunchTable(kStyleAcuCobol);
+  switch (style) {
+    case kStyleIbm:
+      return &kIbm;
+    case kStyleMfCobol:
+      return &kMf;
+    case kStyleWang:
+      return &kWang;
+    case kStyleAcuCobol:
+      return &kAcu;
+    default:
+      return nullptr;
   }
 }
 
@@ -245,32 +339,52 @@ bool GetPack(const uint8_t* p, const DecimalFormat& f, NumberText* out) {
 bool GetPackWhole(const uint8_t* p, const DecimalFormat& f, int64_t* v) {
   const int len = f.length;
   if (len <= 0 || len > 10) return false;
-  const int nibbles = 2 * len;
-  int first = 0;
-  int last = nibbles;
   bool neg = false;
+  uint64_t r = 0;  // may wrap for 19 or 20 digits, which are refused below
+  int b = 0;    // first byte read two digits at a time
+  int e = len;  // one past the last such byte
+  int digits = 0;
   const bool trailing = f.sign_pos == kSignTrailing || f.sign_pos == kSignTrailingSeparate;
   if (trailing) {
-    if (f.is_signed) {
-      last = nibbles - 1;
-      neg = (p[len - 1] & 0x0F) == 0x0D;
-    } else if ((p[len - 1] & 0x0F) > 9) {
-      last = nibbles - 1;  // the usual 0xF: atof stops there
+    // The last byte holds one digit and the sign (or, unsigned, two digits
+    // unless its low nibble is the usual 0xF, where atof stops).
+    const int last = p[len - 1];
+    e = len - 1;
+    for (int i = 0; i < e; ++i) {
+      const int pair = kPack.value[p[i]];
+      if (pair > 99) return false;
+      r = r * 100 + pair;
     }
-  } else if (!(f.sign_pos == kSignNone && f.sign_style == kStyleAcuCobol)) {
-    const int s = p[0] >> 4;
-    neg = s == 0x5 || s == 0xD;
-    first = 1;
+    if ((last >> 4) > 9) return false;
+    r = r * 10 + (last >> 4);
+    digits = 2 * len - 1;
+    if (f.is_signed) {
+      neg = (last & 0x0F) == 0x0D;
+    } else if ((last & 0x0F) <= 9) {
+      r = r * 10 + (last & 0x0F);
+      ++digits;
+    }
+  } else {
+    if (!(f.sign_pos == kSignNone && f.sign_style == kStyleAcuCobol)) {
+      // The first byte's high nibble is the sign.
+      const int s = p[0] >> 4;
+      neg = s == 0x5 || s == 0xD;
+      if ((p[0] & 0x0F) > 9) return false;
+      r = p[0] & 0x0F;
+      b = 1;
+      digits = 1;
+    }
+    for (int i = b; i < e; ++i) {
+      const int pair = kPack.value[p[i]];
+      if (pair > 99) return false;
+      r = r * 100 + pair;
+    }
+    digits += 2 * (e - b);
   }
-  if (last - first < 1 || last - first > 18) return false;
-  int64_t r = 0;
-  for (int i = first; i < last; ++i) {
-    const int nib = (i & 1) ? (p[i >> 1] & 0x0F) : (p[i >> 1] >> 4);
-    if (nib > 9) return false;
-    r = r * 10 + nib;
-  }
+  if (digits < 1 || digits > 18) return false;
   if (neg && r == 0) return false;  // atof gives -0.0 here
-  *v = neg ? -r : r;
+  const int64_t w = static_cast<int64_t>(r);
+  *v = neg ? -w : w;
   return true;
 }
 
@@ -323,26 +437,19 @@ void PutPack(uint8_t* out, const DecimalFormat& f, uint64_t mag, bool neg) {
   const bool trailing = f.sign_pos == kSignTrailing || f.sign_pos == kSignTrailingSeparate;
   int i = len - 1;
   if (trailing) {
-    int sign;
-    if (!f.is_signed) {
-      sign = 0xF;
-    } else if (neg) {
-      sign = 0xD;
-    } else if (f.sign_style == kStyleRmCobol) {
-      sign = 0xB;
-    } else if (f.sign_style == kStyleAcuCobol) {
-      sign = 0xF;
-    } else {
-      sign = 0xC;
-    }
+    const int sign = f.is_signed && neg ? 0xD : PositiveSignNibble(f);
     out[i--] = static_cast<uint8_t>((mag % 10) << 4 | sign);
     mag /= 10;
   }
-  for (; i >= 0; --i) {
-    const unsigned pair = static_cast<unsigned>(mag % 100);
-    mag /= 100;
-    out[i] = static_cast<uint8_t>((pair / 10) << 4 | (pair % 10));
+  // Four digits a step keep the chain of divisions short.
+  for (; i >= 1; i -= 2) {
+    const uint64_t q = mag / 10000;
+    const unsigned r = static_cast<unsigned>(mag - q * 10000);
+    out[i] = kPack.byte[r % 100];
+    out[i - 1] = kPack.byte[r / 100];
+    mag = q;
   }
+  if (i == 0) out[0] = kPack.byte[mag % 100];
   if (!trailing && !(f.sign_pos == kSignNone && f.sign_style == kStyleAcuCobol)) {
     out[0] = static_cast<uint8_t>((out[0] & 0x0F) | (neg ? 0x50 : 0x30));
   }
@@ -350,15 +457,16 @@ void PutPack(uint8_t* out, const DecimalFormat& f, uint64_t mag, bool neg) {
 
 bool WholeMagnitude(double v, uint64_t* mag) {
   if (!(v >= 0 && v < 18446744073709551616.0)) return false;
-  // Rounds half to even, as the formatter does under the default mode; below
-  // 2^53 the fraction is exact.
-  uint64_t t = v < 9223372036854775808.0 ? static_cast<uint64_t>(static_cast<int64_t>(v))
-                                         : static_cast<uint64_t>(v);
-  if (v < 9007199254740992.0) {
-    const double frac = v - static_cast<double>(t);
-    if (frac > 0.5 || (frac == 0.5 && (t & 1))) ++t;
+  if (v < 4503599627370496.0) {
+    // Below 2^52, adding 2^52 rounds to a whole number half to even, as the
+    // formatter does under the default mode, without a branch on the fraction.
+    const double r = (v + 4503599627370496.0) - 4503599627370496.0;
+    *mag = static_cast<uint64_t>(static_cast<int64_t>(r));
+    return true;
   }
-  *mag = t;
+  // From 2^52 on every double is whole.
+  *mag = v < 9223372036854775808.0 ? static_cast<uint64_t>(static_cast<int64_t>(v))
+                                   : static_cast<uint64_t>(v);
   return true;
 }
 
@@ -478,17 +586,35 @@ void FinishZone(char* c, const DecimalFormat& f, bool neg) {
 bool GetZoneWhole(const uint8_t* p, const DecimalFormat& f, int64_t* v) {
   const int len = f.length;
   if (len < 1 || len > 19 || p[0] == ' ' || p[len - 1] == ' ') return false;
-  char c[20];
-  std::memcpy(c, p, len);
+  const char* c = reinterpret_cast<const char*>(p);
   int b = 0;
   int e = len;
   bool neg = false;
+  uint64_t r = 0;
+  // An overpunched digit at either end is read on its own, through the
+  // style's table; the other characters must be plain digits.
+  int punched = -1;
+  char punched_digit = 0;
   if (!f.is_signed) {
     if (c[0] == '+' || c[0] == '-') b = 1;
-  } else if (f.sign_pos == kSignLeading) {
-    if (!Unpunch(&c[0], &neg, f.sign_style)) return false;
-  } else if (f.sign_pos == kSignTrailing) {
-    Unpunch(&c[len - 1], &neg, f.sign_style);
+  } else if (f.sign_pos == kSignLeading || f.sign_pos == kSignTrailing) {
+    const UnpunchTable* t = UnpunchFor(f.sign_style);
+    const bool leading = f.sign_pos == kSignLeading;
+    if (t == nullptr) {
+      // The leading case logs the unknown style on the text path; the
+      // trailing case passes it over and reads the character as it stands.
+      if (leading) return false;
+    } else {
+      punched = leading ? 0 : len - 1;
+      const uint8_t u = p[punched];
+      punched_digit = t->ch[u];
+      neg = t->neg[u];
+      if (leading) {
+        b = 1;
+      } else {
+        e = len - 1;
+      }
+    }
   } else if (f.sign_pos == kSignLeadingSeparate) {
     neg = c[0] == '-';
     if (c[0] == '+' || c[0] == '-') b = 1;
@@ -496,14 +622,16 @@ bool GetZoneWhole(const uint8_t* p, const DecimalFormat& f, int64_t* v) {
     neg = c[len - 1] == '-';
     if (c[len - 1] == '+' || c[len - 1] == '-') --e;
   }
-  if (e - b < 1 || e - b > 18) return false;
-  int64_t r = 0;
-  for (int i = b; i < e; ++i) {
-    if (!IsDigit(c[i])) return false;
-    r = r * 10 + (c[i] - '0');
-  }
+  const int n = e - b + (punched >= 0 ? 1 : 0);
+  if (n < 1 || n > 18) return false;
+  const unsigned pd = static_cast<unsigned char>(punched_digit) - '0';
+  if (punched >= 0 && pd > 9) return false;
+  if (punched == 0) r = pd;
+  if (!AppendDigits(c + b, e - b, r, &r)) return false;
+  if (punched > 0) r = r * 10 + pd;
   if (neg && r == 0) return false;  // atof gives -0.0 here
-  *v = neg ? -r : r;
+  const int64_t s = static_cast<int64_t>(r);
+  *v = neg ? -s : s;
   return true;
 }
 
@@ -522,13 +650,18 @@ void PutZone(uint8_t* out, const DecimalFormat& f, uint64_t mag, bool neg) {
     c[i] = static_cast<char>('0' + mag % 10);
     mag /= 10;
   }
-  // The rest fits 32 bits: two digits a step, from a table of pairs.
+  // The rest fits 32 bits: four digits a step, from a table of pairs.
   uint32_t m = static_cast<uint32_t>(mag);
+  for (; i >= 3; i -= 4) {
+    const uint32_t q = m / 10000;
+    const uint32_t r = m - q * 10000;
+    std::memcpy(c + i - 1, kDigitPairs + 2 * (r % 100), 2);
+    std::memcpy(c + i - 3, kDigitPairs + 2 * (r / 100), 2);
+    m = q;
+  }
   for (; i >= 1; i -= 2) {
-    const char* pair = kDigitPairs + 2 * (m % 100);
+    std::memcpy(c + i - 1, kDigitPairs + 2 * (m % 100), 2);
     m /= 100;
-    c[i - 1] = pair[0];
-    c[i] = pair[1];
   }
   if (i == 0) c[0] = static_cast<char>('0' + m % 10);
   FinishZone(c, f, neg);

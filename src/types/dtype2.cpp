@@ -5,10 +5,12 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <string>
 
 #include "types/codec_binary.h"
 #include "types/codec_decimal.h"
+#include "types/codec_exact.h"
 #include "types/codec_float.h"
 #include "types/codec_punch.h"
 #include "zq/common.h"
@@ -37,6 +39,36 @@ const uint8_t* FieldAt(const ZQString& rec, long offset, long need) {
 void AppendBytes(ZQString& out, const void* p, long n) {
   if (n > 0) out.Append(static_cast<const char*>(p), n);
 }
+
+// Room for `n` (at least 1) more bytes after the content of `out`, so that a
+// field is encoded in place; null when the string cannot grow. Reserving
+// length + n - 1 bytes and the terminator grows the buffer exactly when
+// appending n bytes would. TakeRoom then adds the bytes to the content.
+uint8_t* AppendRoom(ZQString& out, long n) {
+  const long len = out.length();
+  if (!out.Allocate(len + n - 1)) return nullptr;
+  return reinterpret_cast<uint8_t*>(out.GetBuffer()) + len;
+}
+
+void TakeRoom(ZQString& out, long n) { out.SetLength(out.length() + n); }
+
+// Room for one field's bytes and a terminator: on the stack for the usual
+// lengths.
+class FieldBuf {
+ public:
+  explicit FieldBuf(long n) {
+    if (n >= static_cast<long>(sizeof(small_))) {
+      big_.reset(new uint8_t[n + 1]);
+      data_ = big_.get();
+    }
+  }
+  uint8_t* data() { return data_; }
+
+ private:
+  uint8_t small_[64];
+  std::unique_ptr<uint8_t[]> big_;
+  uint8_t* data_ = small_;
+};
 
 // A scratch area for one field's bytes.
 uint8_t* Room(TextBuf& buf, long n) {
@@ -227,6 +259,30 @@ void WriteRawInteger(const ZQDType& t, uint8_t* out, int64_t v, bool ext_from_lo
   if (len > n) std::memset(out + n, 0, len - n);
 }
 
+// Appends a binary integer field holding `v`: encoded in place for the types
+// whose writer fills the whole field, through a scratch copy otherwise.
+void AppendRawInteger(const ZQDType& t, ZQString& out, int64_t v, bool ext_from_long) {
+  const long len = t.Length();
+  switch (t.Type()) {
+    case ZQDT_BINARY24:
+    case ZQDT_TEC_BINARY:
+    case ZQDT_BINARY8:
+    case ZQDT_BIT_FIELD: {
+      FieldBuf buf(len);
+      WriteRawInteger(t, buf.data(), v, ext_from_long);
+      AppendBytes(out, buf.data(), len);
+      return;
+    }
+    default: {
+      uint8_t* b = AppendRoom(out, len);
+      if (b == nullptr) return;
+      WriteRawInteger(t, b, v, ext_from_long);
+      TakeRoom(out, len);
+      return;
+    }
+  }
+}
+
 // Exact decimal from the text of a decimal field: the digits, at most one
 // point, as far as atof would read them.
 ZQDecimal DecimalFromInt(int64_t v);
@@ -269,6 +325,13 @@ ZQDecimal DecimalFromInt(int64_t v) {
   char buf[32];
   snprintf(buf, sizeof(buf), "%lld", static_cast<long long>(v));
   return ZQDecimal(buf);
+}
+
+// The decimal of a whole number read from a field, divided by 10^scale.
+void ScaledDecimal(int64_t v, int scale, ZQDecimal* out) {
+  if (codec::DecimalOfScaledWhole(v, scale, out)) return;
+  *out = DecimalFromInt(v);
+  out->Scale(-scale);
 }
 
 // The whole digits of a decimal (rounded half to even, as "%.0f" rounds) and
@@ -359,6 +422,92 @@ bool Narrow(const ZQWString& rec, long offset, long len, TextBuf* out) {
   return true;
 }
 
+// Multiplies by 10^n: one step for n of 1 to 4 (or -1 to -4), else by 10 as
+// many times as the magnitude of n; the step-by-step form sets the rounding.
+inline double ScaleDouble(double v, int n) {
+  static const double kStep[] = {1.0, 10.0, 100.0, 1000.0, 10000.0};
+  if (n >= 1 && n <= 4) return v * kStep[n];
+  if (n <= -1 && n >= -4) return v / kStep[-n];
+  for (int i = 0; i < n; ++i) v *= 10.0;
+  for (int i = 0; i < -n; ++i) v /= 10.0;
+  return v;
+}
+
+// Reads a packed field as a double: the whole number when it has up to 18
+// valid digits (exact below 2^53, as atof would convert it), else the text
+// that atof sees.
+long DecodePack(const ZQDType& t, const ZQString& rec, long offset, double& v) {
+  const long len = t.Length();
+  const uint8_t* p = FieldAt(rec, offset, len);
+  if (p == nullptr) return 0;
+  const codec::DecimalFormat f = FormatOf(t);
+  int64_t whole;
+  if (codec::GetPackWhole(p, f, &whole) && whole <= (int64_t{1} << 53) &&
+      whole >= -(int64_t{1} << 53)) {
+    v = codec::Unscale(static_cast<double>(whole), t.Scale());
+    return len;
+  }
+  NumberText text;
+  if (!codec::GetPack(p, f, &text)) return 0;
+  v = codec::Unscale(codec::NumberTextToDouble(text), t.Scale());
+  return len;
+}
+
+// Reads a zoned field as a double, as DecodePack does; a blank field is 0.
+long DecodeZone(const ZQDType& t, const ZQString& rec, long offset, double& v) {
+  const long len = t.Length();
+  const uint8_t* p = FieldAt(rec, offset, len);
+  if (p == nullptr) return 0;
+  const codec::DecimalFormat f = FormatOf(t);
+  int64_t whole;
+  if (codec::GetZoneWhole(p, f, &whole) && whole <= (int64_t{1} << 53) &&
+      whole >= -(int64_t{1} << 53)) {
+    v = codec::Unscale(static_cast<double>(whole), t.Scale());
+    return len;
+  }
+  NumberText text;
+  bool unknown = false;
+  if (!codec::GetZone(p, f, &text, &unknown)) {
+    v = 0.0;
+    return len;
+  }
+  if (unknown) {
+    ZQGlob::LogMessage(4, BATCH_INVALID, "Unknown signstyle %d", static_cast<int>(t.SignStyle()));
+  }
+  v = codec::Unscale(codec::NumberTextToDouble(text), t.Scale());
+  return len;
+}
+
+// Writes a double as a packed (`zoned` false) or zoned field: scaled, then
+// rounded to a whole number as "%.0f" rounds.
+long EncodeDigits(const ZQDType& t, ZQString& out, double v, bool zoned) {
+  const long len = t.Length();
+  if (len < 1) return 0;
+  v = ScaleDouble(v, t.Scale());
+  uint8_t* b = AppendRoom(out, len);
+  if (b == nullptr) return len;
+  const codec::DecimalFormat f = FormatOf(t);
+  const bool neg = v < 0;
+  uint64_t mag;
+  if (codec::WholeMagnitude(std::fabs(v), &mag)) {
+    if (zoned) {
+      codec::PutZone(b, f, mag, neg);
+    } else {
+      codec::PutPack(b, f, mag, neg);
+    }
+  } else {
+    TextBuf digits;
+    codec::FormatWhole(std::fabs(v), &digits);
+    if (zoned) {
+      codec::PutZone(b, f, digits.data(), digits.size(), neg);
+    } else {
+      codec::PutPack(b, f, digits.data(), digits.size(), neg);
+    }
+  }
+  TakeRoom(out, len);
+  return len;
+}
+
 }  // namespace
 
 // ---- scaling ---------------------------------------------------------------
@@ -384,14 +533,7 @@ unsigned long ZQDType::_scale(unsigned long v, int n) {
   return u;
 }
 
-double ZQDType::_scale(double v, int n) {
-  static const double kStep[] = {1.0, 10.0, 100.0, 1000.0, 10000.0};
-  if (n >= 1 && n <= 4) return v * kStep[n];
-  if (n <= -1 && n >= -4) return v / kStep[-n];
-  for (int i = 0; i < n; ++i) v *= 10.0;
-  for (int i = 0; i < -n; ++i) v /= 10.0;
-  return v;
-}
+double ZQDType::_scale(double v, int n) { return ScaleDouble(v, n); }
 
 double ZQDType::InScale(double v) const { return Scale() == 0 ? v : _scale(v, -Scale()); }
 
@@ -526,41 +668,10 @@ long ZQDType::PutAccPac(ZQString& out, double v) const {
 // ---- decimal digit codecs --------------------------------------------------
 
 long ZQDType::GetPack(const ZQString& rec, long offset, double& v) const {
-  const long len = Length();
-  const uint8_t* p = FieldAt(rec, offset, len);
-  if (p == nullptr) return 0;
-  const codec::DecimalFormat f = FormatOf(*this);
-  int64_t whole;
-  // Up to 2^53 a whole number converts exactly, as atof would convert it.
-  if (codec::GetPackWhole(p, f, &whole) && whole <= (int64_t{1} << 53) &&
-      whole >= -(int64_t{1} << 53)) {
-    v = codec::Unscale(static_cast<double>(whole), Scale());
-    return len;
-  }
-  NumberText t;
-  if (!codec::GetPack(p, f, &t)) return 0;
-  v = codec::Unscale(codec::NumberTextToDouble(t), Scale());
-  return len;
+  return DecodePack(*this, rec, offset, v);
 }
 
-long ZQDType::PutPack(ZQString& out, double v) const {
-  const long len = Length();
-  if (len < 1) return 0;
-  v = _scale(v, Scale());
-  uint8_t small[64];
-  TextBuf buf;
-  uint8_t* b = len <= 64 ? small : Room(buf, len);
-  uint64_t mag;
-  if (codec::WholeMagnitude(std::fabs(v), &mag)) {
-    codec::PutPack(b, FormatOf(*this), mag, v < 0);
-  } else {
-    TextBuf digits;
-    codec::FormatWhole(std::fabs(v), &digits);
-    codec::PutPack(b, FormatOf(*this), digits.data(), digits.size(), v < 0);
-  }
-  AppendBytes(out, b, len);
-  return len;
-}
+long ZQDType::PutPack(ZQString& out, double v) const { return EncodeDigits(*this, out, v, false); }
 
 long ZQDType::GetBCD(const ZQString& rec, long offset, double& v) const {
   const long len = Length();
@@ -577,54 +688,18 @@ long ZQDType::PutBCD(ZQString& out, double v) const {
   v = _scale(v, Scale());
   TextBuf digits;
   codec::FormatWhole(std::fabs(v), &digits);
-  TextBuf buf;
-  uint8_t* b = Room(buf, len);
+  FieldBuf buf(len);
+  uint8_t* b = buf.data();
   codec::PutBCD(b, FormatOf(*this), digits.data(), digits.size(), v < 0);
   AppendBytes(out, b, len);
   return len;
 }
 
 long ZQDType::GetZone(const ZQString& rec, long offset, double& v) const {
-  const long len = Length();
-  const uint8_t* p = FieldAt(rec, offset, len);
-  if (p == nullptr) return 0;
-  int64_t whole;
-  if (codec::GetZoneWhole(p, FormatOf(*this), &whole) && whole <= (int64_t{1} << 53) &&
-      whole >= -(int64_t{1} << 53)) {
-    v = codec::Unscale(static_cast<double>(whole), Scale());
-    return len;
-  }
-  NumberText t;
-  bool unknown = false;
-  if (!codec::GetZone(p, FormatOf(*this), &t, &unknown)) {
-    v = 0.0;
-    return len;
-  }
-  if (unknown) {
-    ZQGlob::LogMessage(4, BATCH_INVALID, "Unknown signstyle %d", static_cast<int>(SignStyle()));
-  }
-  v = codec::Unscale(codec::NumberTextToDouble(t), Scale());
-  return len;
+  return DecodeZone(*this, rec, offset, v);
 }
 
-long ZQDType::PutZone(ZQString& out, double v) const {
-  const long len = Length();
-  if (len < 1) return 0;
-  v = _scale(v, Scale());
-  uint8_t small[64];
-  TextBuf buf;
-  uint8_t* b = len <= 64 ? small : Room(buf, len);
-  uint64_t mag;
-  if (codec::WholeMagnitude(std::fabs(v), &mag)) {
-    codec::PutZone(b, FormatOf(*this), mag, v < 0);
-  } else {
-    TextBuf digits;
-    codec::FormatWhole(std::fabs(v), &digits);
-    codec::PutZone(b, FormatOf(*this), digits.data(), digits.size(), v < 0);
-  }
-  AppendBytes(out, b, len);
-  return len;
-}
+long ZQDType::PutZone(ZQString& out, double v) const { return EncodeDigits(*this, out, v, true); }
 
 long ZQDType::GetZone(const ZQWString& rec, long offset, double& v) const {
   TextBuf bytes;
@@ -656,8 +731,8 @@ long ZQDType::GetDBNumber(const ZQString& rec, long offset, double& v) const {
 long ZQDType::PutDBNumber(ZQString& out, double v) const {
   const long len = Length();
   if (len < 1) return 0;
-  TextBuf buf;
-  uint8_t* b = Room(buf, len);
+  FieldBuf buf(len);
+  uint8_t* b = buf.data();
   codec::PutDBNumber(b, static_cast<int>(len), DecimalPlaces(), v);
   AppendBytes(out, b, len);
   return len;
@@ -690,8 +765,8 @@ long ZQDType::GetIBMmfflt(const ZQString& rec, long offset, double& v) const {
 long ZQDType::PutIBMmfflt(ZQString& out, double v) const {
   const long len = Length();
   if (len < 1) return 0;
-  TextBuf buf;
-  uint8_t* b = Room(buf, len);
+  FieldBuf buf(len);
+  uint8_t* b = buf.data();
   codec::PutIBMmfflt(b, static_cast<int>(len), v);
   AppendBytes(out, b, len);
   return len;
@@ -708,8 +783,8 @@ long ZQDType::GetVaxFloat(const ZQString& rec, long offset, double& v) const {
 long ZQDType::PutVaxFloat(ZQString& out, double v) const {
   const long len = Length();
   if (len < 1) return 0;
-  TextBuf buf;
-  uint8_t* b = Room(buf, len);
+  FieldBuf buf(len);
+  uint8_t* b = buf.data();
   codec::PutVaxFloat(b, static_cast<int>(len), v);
   AppendBytes(out, b, len);
   return len;
@@ -814,8 +889,8 @@ long ZQDType::GetMAGNum(const ZQString& rec, long offset, double& v) const {
 long ZQDType::PutMAGNum(ZQString& out, double v) const {
   const long len = Length();
   if (len < 1) return 0;
-  TextBuf buf;
-  uint8_t* b = Room(buf, len);
+  FieldBuf buf(len);
+  uint8_t* b = buf.data();
   codec::PutMAGNum(b, static_cast<int>(len), v);
   AppendBytes(out, b, len);
   return len;
@@ -832,8 +907,8 @@ long ZQDType::GetMAGReal(const ZQString& rec, long offset, double& v) const {
 long ZQDType::PutMAGReal(ZQString& out, double v) const {
   const long len = Length();
   if (len < 1) return 0;
-  TextBuf buf;
-  uint8_t* b = Room(buf, len);
+  FieldBuf buf(len);
+  uint8_t* b = buf.data();
   codec::PutMAGReal(b, static_cast<int>(len), v);
   AppendBytes(out, b, len);
   return len;
@@ -855,8 +930,8 @@ long ZQDType::GetCBMultiPunch(const ZQString& rec, long offset, ZQString& text) 
 long ZQDType::PutCBMultiPunch(ZQString& out, const char* text) const {
   const long len = Length();
   if (len < 1) return 0;
-  TextBuf buf;
-  uint8_t* b = Room(buf, len);
+  FieldBuf buf(len);
+  uint8_t* b = buf.data();
   codec::PutCBMultiPunch(b, static_cast<int>(len), text != nullptr ? text : "", -1);
   AppendBytes(out, b, len);
   return len;
@@ -876,8 +951,8 @@ long ZQDType::GetCBAlphaNumeric(const ZQString& rec, long offset, ZQString& text
 long ZQDType::PutCBAlphaNumeric(ZQString& out, const char* text) const {
   const long len = Length();
   if (len < 1) return 0;
-  TextBuf buf;
-  uint8_t* b = Room(buf, len);
+  FieldBuf buf(len);
+  uint8_t* b = buf.data();
   codec::PutCBAlphaNumeric(b, static_cast<int>(len), text != nullptr ? text : "", -1);
   AppendBytes(out, b, len);
   return len;
@@ -1171,7 +1246,7 @@ long ZQDType::Input(const ZQString& rec, long offset, double& out) const {
     case ZQDT_NUMBER:
     case ZQDT_PACKED:
     case ZQDT_COMP3:
-      return GetPack(rec, offset, out);
+      return DecodePack(*this, rec, offset, out);
     case ZQDT_DBASE_NUMERIC:
       return GetDBNumber(rec, offset, out);
     case ZQDT_IBM_FLOAT:
@@ -1192,7 +1267,7 @@ long ZQDType::Input(const ZQString& rec, long offset, double& out) const {
     case ZQDT_DISPLAY_SIGN_LEADING:
     case ZQDT_DISPLAY_SIGN_TRAILING_SEP:
     case ZQDT_DISPLAY_SIGN_LEADING_SEP:
-      return GetZone(rec, offset, out);
+      return DecodeZone(*this, rec, offset, out);
     case ZQDT_CRAY_FLOAT:
       return GetCray(rec, offset, out);
     case ZQDT_ACCPAC:
@@ -1307,8 +1382,7 @@ long ZQDType::Input(const ZQString& rec, long offset, ZQDecimal& out) const {
     const uint8_t* p = FieldAt(rec, offset, len);
     int64_t raw;
     if (p == nullptr || len < 1 || !ReadRawInteger(*this, p, &raw)) return 0;
-    out = DecimalFromInt(raw);
-    out.Scale(-Scale());
+    ScaledDecimal(raw, Scale(), &out);
     return len;
   }
   if (t == ZQDT_BINARY64) {
@@ -1322,15 +1396,15 @@ long ZQDType::Input(const ZQString& rec, long offset, ZQDecimal& out) const {
   if (IsPacked(t) || IsZoned(t) || t == ZQDT_BCD) {
     const uint8_t* p = FieldAt(rec, offset, len);
     if (p == nullptr) return 0;
-    NumberText text;
-    bool ok;
+    const codec::DecimalFormat f = FormatOf(*this);
     int64_t whole;
-    if ((IsPacked(t) && codec::GetPackWhole(p, FormatOf(*this), &whole)) ||
-        (IsZoned(t) && codec::GetZoneWhole(p, FormatOf(*this), &whole))) {
-      out = DecimalFromInt(whole);
-      out.Scale(-Scale());
+    if ((IsPacked(t) && codec::GetPackWhole(p, f, &whole)) ||
+        (IsZoned(t) && codec::GetZoneWhole(p, f, &whole))) {
+      ScaledDecimal(whole, Scale(), &out);
       return len;
     }
+    NumberText text;
+    bool ok;
     if (IsPacked(t)) {
       ok = codec::GetPack(p, FormatOf(*this), &text);
       if (!ok) return 0;
@@ -1375,12 +1449,9 @@ long ZQDType::Output(ZQString& out, double v) const {
   if (!Signed() && v < 0) v = -v;
   if (IsBinaryInteger(t)) {
     if (len < 1) return 0;
-    const double scaled = _scale(v, Scale());
+    const double scaled = ScaleDouble(v, Scale());
     const int64_t whole = len > 4 && t != ZQDT_TEC_BINARY ? Trunc64(scaled) : Trunc32(scaled);
-    TextBuf buf;
-    uint8_t* b = Room(buf, len);
-    WriteRawInteger(*this, b, whole, false);
-    AppendBytes(out, b, len);
+    AppendRawInteger(*this, out, whole, false);
     return len;
   }
   switch (t) {
@@ -1415,7 +1486,7 @@ long ZQDType::Output(ZQString& out, double v) const {
     case ZQDT_NUMBER:
     case ZQDT_PACKED:
     case ZQDT_COMP3:
-      return PutPack(out, v);
+      return EncodeDigits(*this, out, v, false);
     case ZQDT_DBASE_NUMERIC:
       return PutDBNumber(out, v);
     case ZQDT_IBM_FLOAT:
@@ -1436,7 +1507,7 @@ long ZQDType::Output(ZQString& out, double v) const {
     case ZQDT_DISPLAY_SIGN_LEADING:
     case ZQDT_DISPLAY_SIGN_TRAILING_SEP:
     case ZQDT_DISPLAY_SIGN_LEADING_SEP:
-      return PutZone(out, v);
+      return EncodeDigits(*this, out, v, true);
     case ZQDT_CRAY_FLOAT:
       return PutCray(out, v);
     case ZQDT_ACCPAC:
@@ -1471,10 +1542,7 @@ long ZQDType::Output(ZQString& out, long v) const {
   if (IsBinaryInteger(t)) {
     if (len < 1) return 0;
     const long scaled = _scale(static_cast<long>(Wrap32(v)), Scale());
-    TextBuf buf;
-    uint8_t* b = Room(buf, len);
-    WriteRawInteger(*this, b, Wrap32(scaled), true);
-    AppendBytes(out, b, len);
+    AppendRawInteger(*this, out, Wrap32(scaled), true);
     return len;
   }
   switch (t) {
@@ -1534,10 +1602,7 @@ long ZQDType::Output(ZQString& out, ZQQuadWord v) const {
       AppendBytes(out, b, 8);
       return 8;
     }
-    TextBuf buf;
-    uint8_t* b = Room(buf, len);
-    WriteRawInteger(*this, b, s, false);
-    AppendBytes(out, b, len);
+    AppendRawInteger(*this, out, s, false);
     return len;
   }
   if (IsLegacyDate(t)) return Output(out, static_cast<long>(Wrap32(v.Value())));
@@ -1547,31 +1612,56 @@ long ZQDType::Output(ZQString& out, ZQQuadWord v) const {
 long ZQDType::Output(ZQString& out, const ZQDecimal& value) const {
   const int t = Type();
   const long len = Length();
-  ZQDecimal v = value;
-  if (!Signed() && v.IsNeg()) v = -v;
-  if (IsBinaryInteger(t) || t == ZQDT_BINARY64) {
-    if (len < 1) return 0;
-    v.Scale(Scale());
-    const int64_t whole = DecimalToInt64(v);
+  const bool binary = IsBinaryInteger(t) || t == ZQDT_BINARY64;
+  const bool digits = IsPacked(t) || IsZoned(t) || t == ZQDT_BCD;
+  if ((binary || digits) && len < 1) return 0;
+  // The usual values are scaled and made whole on their base-100 digits:
+  // truncated for binary, rounded half to even for packed and zoned. An
+  // unsigned field takes the magnitude.
+  codec::DecimalParts parts;
+  uint64_t mag = 0;
+  bool fast = false;
+  if (binary || (digits && t != ZQDT_BCD)) {
+    codec::ScaledParts(value, Scale(), !Signed(), &parts);
+    fast = binary ? codec::TruncatedMagnitude(parts, &mag) : codec::RoundedMagnitude(parts, &mag);
+  }
+  if (binary) {
+    int64_t whole;
+    if (fast) {
+      whole = static_cast<int64_t>(parts.neg ? 0 - mag : mag);
+    } else {
+      ZQDecimal v = value;
+      if (!Signed() && v.IsNeg()) v = -v;
+      v.Scale(Scale());
+      whole = DecimalToInt64(v);
+    }
     if (t == ZQDT_BINARY64) {
       uint8_t b[8];
       codec::PutBinary(b, whole, 8, MSBFirst());
       AppendBytes(out, b, 8);
       return 8;
     }
-    TextBuf buf;
-    uint8_t* b = Room(buf, len);
-    WriteRawInteger(*this, b, whole, false);
-    AppendBytes(out, b, len);
+    AppendRawInteger(*this, out, whole, false);
     return len;
   }
-  if (IsPacked(t) || IsZoned(t) || t == ZQDT_BCD) {
-    if (len < 1) return 0;
-    v.Scale(Scale());
-    TextBuf buf;
-    uint8_t* b = Room(buf, len);
+  ZQDecimal v = value;
+  if (!Signed() && v.IsNeg()) v = -v;
+  if (digits) {
     const codec::DecimalFormat f = FormatOf(*this);
-    uint64_t mag;
+    if (fast) {
+      uint8_t* b = AppendRoom(out, len);
+      if (b == nullptr) return len;
+      if (IsPacked(t)) {
+        codec::PutPack(b, f, mag, parts.neg);
+      } else {
+        codec::PutZone(b, f, mag, parts.neg);
+      }
+      TakeRoom(out, len);
+      return len;
+    }
+    FieldBuf buf(len);
+    uint8_t* b = buf.data();
+    v.Scale(Scale());
     bool neg;
     if (t != ZQDT_BCD && DecimalWhole(v, &mag, &neg)) {
       if (IsPacked(t)) {
@@ -1582,14 +1672,14 @@ long ZQDType::Output(ZQString& out, const ZQDecimal& value) const {
       AppendBytes(out, b, len);
       return len;
     }
-    TextBuf digits;
-    WholeDigits(v, &digits, &neg);
+    TextBuf text;
+    WholeDigits(v, &text, &neg);
     if (IsPacked(t)) {
-      codec::PutPack(b, f, digits.data(), digits.size(), neg);
+      codec::PutPack(b, f, text.data(), text.size(), neg);
     } else if (t == ZQDT_BCD) {
-      codec::PutBCD(b, f, digits.data(), digits.size(), neg);
+      codec::PutBCD(b, f, text.data(), text.size(), neg);
     } else {
-      codec::PutZone(b, f, digits.data(), digits.size(), neg);
+      codec::PutZone(b, f, text.data(), text.size(), neg);
     }
     AppendBytes(out, b, len);
     return len;

@@ -32,7 +32,6 @@ constexpr Digits RepeatByte(unsigned b) {
 }
 
 constexpr Digits kDigitMask = RepeatByte(0xFF);
-constexpr Digits kOnes = RepeatByte(1);
 // 256 - 100: added to every byte so that a digit sum of 100 or more carries.
 constexpr unsigned kBias = 156;
 

@@ -1,12 +1,10 @@
 // Loading of encoding modules and the process locale, each scenario in a
 // fresh process of the probe (tests/modules/probe/enc_probe.cpp).
-#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -15,48 +13,26 @@
 
 #include <gtest/gtest.h>
 
-extern char** environ;
-
 namespace {
 
 const std::string kModuleDir = std::string(ZQ_BINARY_DIR) + "/lib";
 
-// Runs the probe with exactly the environment `env` and returns its
-// "key=value" report.
-std::map<std::string, std::string> Probe(const std::vector<std::string>& args,
+// Runs the probe with exactly the environment `env` (plus HOME and PATH)
+// and returns its "key=value" report, with "exit" for its exit status.
+std::map<std::string, std::string> Probe(const std::string& args,
                                          const std::vector<std::string>& env) {
+  std::string cmd = "env -i HOME=/nonexistent PATH=/usr/bin:/bin";
+  for (const std::string& e : env) cmd += " '" + e + "'";
+  FILE* out = popen((cmd + " " + ZQ_ENC_PROBE + " " + args).c_str(), "r");
   std::map<std::string, std::string> report;
-  int fds[2];
-  if (pipe(fds) != 0) return report;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, fds[1], 1);
-  posix_spawn_file_actions_addclose(&actions, fds[0]);
-  std::vector<char*> argv{const_cast<char*>(ZQ_ENC_PROBE)};
-  for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-  argv.push_back(nullptr);
-  std::vector<std::string> full = env;
-  full.push_back("HOME=/nonexistent");
-  full.push_back("PATH=/usr/bin:/bin");
-  std::vector<char*> envp;
-  for (const std::string& e : full) envp.push_back(const_cast<char*>(e.c_str()));
-  envp.push_back(nullptr);
-  pid_t pid;
-  int rc = posix_spawn(&pid, ZQ_ENC_PROBE, &actions, nullptr, argv.data(), envp.data());
-  posix_spawn_file_actions_destroy(&actions);
-  close(fds[1]);
-  std::string out;
+  if (out == nullptr) return report;
+  std::string text;
   char buf[512];
-  ssize_t got;
-  while ((got = read(fds[0], buf, sizeof(buf))) > 0) out.append(buf, got);
-  close(fds[0]);
-  if (rc != 0) return report;
-  int status = 0;
-  waitpid(pid, &status, 0);
+  for (size_t got; (got = fread(buf, 1, sizeof(buf), out)) > 0;) text.append(buf, got);
+  int status = pclose(out);
   report["exit"] = WIFEXITED(status) ? std::to_string(WEXITSTATUS(status)) : "signal";
-  std::istringstream words(out);
-  std::string word;
-  while (words >> word) {
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
     size_t eq = word.find('=');
     if (eq != std::string::npos) report[word.substr(0, eq)] = word.substr(eq + 1);
   }
@@ -72,7 +48,7 @@ std::string TempDir(const char* tag) {
 struct LoadCase {
   const char* name;
   const char* cs;
-  std::vector<std::string> env;  // "@mod", "@foreign", "@partial" name folders
+  std::vector<std::string> env;  // the probe's environment
   const char* state;
   const char* same_as_oem;
   const char* valid;
@@ -102,19 +78,17 @@ TEST(EncodingModuleLoading, FindsModulesOrFallsBackOnce) {
   };
   for (const LoadCase& c : cases) {
     SCOPED_TRACE(c.name);
-    auto r = Probe({"load", c.cs}, c.env);
+    auto r = Probe(std::string("load ") + c.cs, c.env);
     ASSERT_EQ(r["exit"], "0");
     EXPECT_EQ(r["before"], "0");
     EXPECT_EQ(r["state"], c.state);
     EXPECT_EQ(r["attempts"], "1");  // never retried, also after a failure
     EXPECT_EQ(r["same_as_oem"], c.same_as_oem);
     EXPECT_EQ(r["valid"], c.valid);
-    if (*c.unit) {
-      EXPECT_EQ(r["unit"], c.unit);
-    }
+    EXPECT_TRUE(*c.unit == '\0' || r["unit"] == c.unit) << r["unit"];
   }
   // Built-in code sets never load anything.
-  auto r = Probe({"load", "2"}, {"ZQLIB=" + empty});
+  auto r = Probe("load 2", {"ZQLIB=" + empty});
   EXPECT_EQ(r["before"], "1");
   EXPECT_EQ(r["attempts"], "0");
   EXPECT_EQ(r["unit"], "196");
@@ -134,7 +108,7 @@ TEST(EncodingLocale, SetLocaleFollowsTheEnvironment) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.locale);
-    auto r = Probe({"locale"}, {std::string("LC_ALL=") + c.locale});
+    auto r = Probe("locale", {std::string("LC_ALL=") + c.locale});
     ASSERT_EQ(r["exit"], "0");
     EXPECT_EQ(r["before"], "2");
     EXPECT_EQ(r["langid"], c.langid);

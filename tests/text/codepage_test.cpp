@@ -1,10 +1,9 @@
-// Code-set names and conversions through ZQGlob, checked against the C
-// library's iconv where a code page is involved.
-#include <errno.h>
-#include <iconv.h>
+// Code-set names and conversions through ZQGlob and the string classes,
+// checked against glibc's iconv.
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -12,47 +11,23 @@
 
 #include <gtest/gtest.h>
 
+#include "text/helpers.h"
 #include "zq/zqglob.h"
+#include "zq/zqstring.h"
+#include "zq/zqwstring.h"
 
 namespace {
 
-using U16 = std::basic_string<unsigned short>;
-
-U16 W(const char* s) {
-  U16 out;
-  while (*s) out.push_back(static_cast<unsigned char>(*s++));
-  return out;
-}
+using zqtest::FromLE;
+using zqtest::Iconv;
+using zqtest::LE;
+using zqtest::Std;
+using zqtest::U16;
+using zqtest::Widen;
 
 std::string N(const unsigned short* s) {
   std::string out;
   while (s != nullptr && *s) out.push_back(static_cast<char>(*s++));
-  return out;
-}
-
-// iconv over one complete input; false when it rejects any of it.
-bool Iconv(const char* to, const char* from, const std::string& in, std::string* out) {
-  iconv_t cd = iconv_open(to, from);
-  if (cd == reinterpret_cast<iconv_t>(-1)) return false;
-  std::vector<char> buf(in.size() * 8 + 16);
-  char* ip = const_cast<char*>(in.data());
-  size_t il = in.size();
-  char* op = buf.data();
-  size_t ol = buf.size();
-  bool ok = iconv(cd, &ip, &il, &op, &ol) != static_cast<size_t>(-1) &&
-            iconv(cd, nullptr, nullptr, &op, &ol) != static_cast<size_t>(-1) && il == 0;
-  iconv_close(cd);
-  out->assign(buf.data(), op - buf.data());
-  return ok;
-}
-
-// Units as UTF-16LE bytes and back, for iconv.
-std::string Bytes(const U16& u) {
-  return std::string(reinterpret_cast<const char*>(u.data()), u.size() * 2);
-}
-U16 Units(const std::string& b) {
-  U16 out(b.size() / 2, 0);
-  std::memcpy(&out[0], b.data(), out.size() * 2);
   return out;
 }
 
@@ -69,7 +44,7 @@ TEST(EncodingNames, LookUpInTableOrder) {
       {"UTF8", -1},      {"ISO-8859-10", -1},
   };
   for (const auto& c : by_name) {
-    EXPECT_EQ(ZQGlob::EncodingByName(W(c.name).c_str()), c.cs) << c.name;
+    EXPECT_EQ(ZQGlob::EncodingByName(Widen(c.name).c_str()), c.cs) << c.name;
   }
   EXPECT_EQ(ZQGlob::EncodingByName(nullptr), -1);
 
@@ -85,11 +60,8 @@ TEST(EncodingNames, LookUpInTableOrder) {
   };
   for (const auto& c : to_name) {
     const unsigned short* name = ZQGlob::EncodingToName(static_cast<ZQ_CSET>(c.cs));
-    if (c.name == nullptr) {
-      EXPECT_EQ(name, nullptr) << c.cs;
-    } else {
-      EXPECT_EQ(N(name), c.name) << c.cs;
-    }
+    EXPECT_EQ(name == nullptr, c.name == nullptr) << c.cs;
+    EXPECT_EQ(N(name), c.name != nullptr ? c.name : "") << c.cs;
   }
   // Every named value finds itself by its name, except 20 (only by value).
   for (int cs = -3; cs <= 23; ++cs) {
@@ -114,116 +86,92 @@ TEST(EncodingNames, ClassifiesCodeSets) {
   for (const auto& m : maxima) {
     EXPECT_EQ(ZQGlob::MBMaxChars(static_cast<ZQ_CSET>(m.cs)), m.max) << m.cs;
   }
-  EXPECT_TRUE(ZQGlob::IsLeadByte(0x82, ZQ_CSET_SHIFTJIS));
   EXPECT_TRUE(ZQGlob::IsLeadByte(static_cast<char>(0x82), ZQ_CSET_SHIFTJIS));
   EXPECT_FALSE(ZQGlob::IsLeadByte(0xB1, ZQ_CSET_SHIFTJIS));  // half-width katakana
   EXPECT_FALSE(ZQGlob::IsLeadByte(0x82, ZQ_CSET_CP1252));
   EXPECT_TRUE(ZQGlob::IsLeadByte(0xE2, ZQ_CSET_UTF8));
   EXPECT_FALSE(ZQGlob::IsLeadByte(0x82, ZQ_CSET_UTF8));
+  EXPECT_EQ(ZQGlob::GetCodePage(), 0x002501B5);
 }
 
-// ISO-8859-1, CP1252 and every module code set, through ZQGlob, against
-// iconv: every byte, every unit, and a text of every character.
-TEST(EncodingConversion, SingleByteCodeSetsMatchIconv) {
-  struct {
+// Every code set, built in or served by a module: every character iconv
+// knows (single bytes, and pairs after the code set's lead bytes) through
+// the one-character and string routines and through the string classes,
+// and a sweep of units that must have no form where iconv has none.
+TEST(EncodingConversion, EveryCharacterMatchesIconv) {
+  const struct {
     int cs;
     const char* iconv_name;
-  } sets[] = {{1, "ISO-8859-1"}, {2, "CP1252"},  {3, "ISO-8859-2"}, {6, "ISO-8859-5"},
-              {10, "ISO-8859-9"}, {11, "CP1250"}, {12, "CP1251"},    {16, "CP1256"},
-              {17, "CP1257"}};
-  for (const auto& s : sets) {
-    SCOPED_TRACE(s.iconv_name);
-    ZQ_CSET cs = static_cast<ZQ_CSET>(s.cs);
-    std::string text;
+  } sets[] = {
+      {1, "ISO-8859-1"}, {2, "CP1252"},     {3, "ISO-8859-2"},  {4, "ISO-8859-3"},
+      {5, "ISO-8859-4"}, {6, "ISO-8859-5"}, {7, "ISO-8859-6"},  {8, "ISO-8859-7"},
+      {9, "ISO-8859-8"}, {10, "ISO-8859-9"}, {11, "CP1250"},    {12, "CP1251"},
+      {13, "CP1253"},    {14, "CP1254"},    {15, "CP1255"},     {16, "CP1256"},
+      {17, "CP1257"},    {18, "CP1258"},    {19, "SHIFT_JIS"},  {20, "CP932"},
+      {21, "CP936"},     {22, "CP949"},     {23, "CP950"},
+  };
+  for (const auto& c : sets) {
+    SCOPED_TRACE(c.iconv_name);
+    ZQ_CSET cs = static_cast<ZQ_CSET>(c.cs);
+    Iconv decode("UTF-16LE", c.iconv_name), encode(c.iconv_name, "UTF-16LE");
+    std::string text, got;
     U16 units;
-    for (int b = 1; b < 256; ++b) {
-      std::string one(1, static_cast<char>(b)), want;
+    auto check = [&](const std::string& ch) {
       unsigned short u = 0;
-      int len = ZQGlob::MBtoWC(&u, one.c_str(), 1, cs);
-      if (Iconv("UTF-16LE", s.iconv_name, one, &want)) {
-        ASSERT_EQ(len, 1) << b;
-        ASSERT_EQ(u, Units(want)[0]) << b;
-      } else if (s.cs == 2) {
-        // The five bytes CP1252 leaves unassigned stand for themselves.
-        ASSERT_EQ(len, 1) << b;
-        ASSERT_EQ(u, b) << b;
-      } else {
-        ASSERT_EQ(len, -1) << b;
-        continue;
-      }
-      text += one;
+      int len = ZQGlob::MBtoWC(&u, ch.data(), static_cast<int>(ch.size()), cs);
+      if (!decode.Convert(ch, &got) || got.size() != 2) return false;
+      EXPECT_EQ(len, static_cast<int>(ch.size()));
+      EXPECT_EQ(u, FromLE(got)[0]) << testing::PrintToString(ch);
+      EXPECT_EQ(ZQGlob::MBLen(ch.c_str(), -1, cs), len);  // -1: up to the zero byte
+      char enc[4];
+      len = ZQGlob::WCtoMB(enc, u, cs);
+      EXPECT_EQ(std::string(enc, std::max(len, 0)), encode(LE(U16(1, u))));
+      text += ch;
       units += u;
-      char back[4] = {};
-      ASSERT_EQ(ZQGlob::WCtoMB(back, u, cs), 1);
-      ASSERT_EQ(back[0], one[0]);
-      EXPECT_EQ(ZQGlob::MBLen(one.c_str(), 1, cs), 1);
+      return true;
+    };
+    for (int b = 1; b < 256; ++b) {
+      std::string one(1, static_cast<char>(b));
+      if (check(one)) continue;
+      unsigned short u = 0;
+      if (ZQGlob::IsLeadByte(b, cs)) {
+        for (int t = 1; t < 256; ++t) check(one + static_cast<char>(t));
+      } else if (c.cs == 2) {  // the five bytes CP1252 leaves unassigned
+        EXPECT_EQ(ZQGlob::MBtoWC(&u, one.c_str(), 1, cs), 1);
+        EXPECT_EQ(u, b);
+      } else {
+        EXPECT_EQ(ZQGlob::MBtoWC(&u, one.c_str(), 1, cs), -1) << b;
+      }
     }
+    ASSERT_GT(units.size(), 90u);
     EXPECT_EQ(ZQGlob::MBLen("", 1, cs), 0);
-    std::vector<unsigned short> out(text.size() + 2, 0xAAAA);
-    ASSERT_EQ(ZQGlob::MBStoWCS(out.data(), text.c_str(), static_cast<int>(out.size()), cs),
+    std::vector<unsigned short> wide(units.size() + 1, 0xAAAA);
+    ASSERT_EQ(ZQGlob::MBStoWCS(wide.data(), text.c_str(), static_cast<int>(wide.size()), cs),
               static_cast<int>(units.size()));
-    EXPECT_EQ(U16(out.data()), units);
-    std::string bytes(text.size() + 1, 'x');
-    ASSERT_EQ(ZQGlob::WCStoMBS(&bytes[0], units.c_str(), static_cast<int>(bytes.size()), cs),
-              static_cast<int>(text.size()));
-    EXPECT_EQ(bytes.c_str(), text);
-    // Units iconv cannot map have no form here either.
-    int checked = 0;
+    EXPECT_TRUE(U16(wide.data()) == units);
+    EXPECT_EQ(ZQGlob::MBStoWCS(nullptr, text.c_str(), 0, cs), static_cast<int>(units.size()));
+    // Code pages with duplicate codes encode each unit as iconv picks it.
+    std::string encoded = encode(LE(units)), narrow(encoded.size() + 1, 'x');
+    ASSERT_EQ(ZQGlob::WCStoMBS(&narrow[0], units.c_str(), static_cast<int>(narrow.size()), cs),
+              static_cast<int>(encoded.size()));
+    EXPECT_TRUE(narrow.c_str() == encoded);
+    ZQWString w;
+    ZQString s;
+    ASSERT_TRUE(w.Assign(ZQString(text.c_str(), static_cast<int>(text.size())), cs));
+    EXPECT_TRUE(Std(w) == units);
+    ASSERT_TRUE(s.Assign(w, cs));
+    EXPECT_TRUE(Std(s) == encoded);
+    ASSERT_TRUE(w.Assign(s, cs));
+    EXPECT_TRUE(Std(w) == units);
+
     for (uint32_t u = 0x100; u < 0x10000; u += 7) {
       if (u >= 0xD800 && u <= 0xDFFF) continue;
-      std::string want;
-      char out1[4];
-      bool mapped = Iconv(s.iconv_name, "UTF-16LE", Bytes(U16(1, u)), &want);
-      int len = ZQGlob::WCtoMB(out1, static_cast<unsigned short>(u), cs);
-      ASSERT_EQ(len, mapped ? 1 : -1) << u;
-      if (mapped) {
-        EXPECT_EQ(out1[0], want[0]);
-      }
-      ++checked;
-    }
-    EXPECT_GT(checked, 1000);
-  }
-}
-
-TEST(EncodingConversion, DoubleByteCodeSetsMatchIconv) {
-  struct {
-    int cs;
-    const char* iconv_name;
-    const char* sample;  // UTF-8 text
-  } sets[] = {
-      {19, "SHIFT_JIS", "ｱｲ 日本語のテキスト"},
-      {20, "CP932", "①②Ⅲ 日本語～"},
-      {21, "CP936", "中文文本，汉字"},
-      {22, "CP949", "한국어 텍스트"},
-      {23, "CP950", "繁體中文"},
-  };
-  for (const auto& s : sets) {
-    SCOPED_TRACE(s.iconv_name);
-    ZQ_CSET cs = static_cast<ZQ_CSET>(s.cs);
-    std::string bytes, utf16;
-    ASSERT_TRUE(Iconv(s.iconv_name, "UTF-8", s.sample, &bytes));
-    ASSERT_TRUE(Iconv("UTF-16LE", "UTF-8", s.sample, &utf16));
-    U16 want = Units(utf16);
-    unsigned short out[64];
-    ASSERT_EQ(ZQGlob::MBStoWCS(out, bytes.c_str(), 64, cs), static_cast<int>(want.size()));
-    EXPECT_EQ(U16(out), want);
-    EXPECT_EQ(ZQGlob::MBStoWCS(nullptr, bytes.c_str(), 0, cs), static_cast<int>(want.size()));
-    char back[128];
-    ASSERT_EQ(ZQGlob::WCStoMBS(back, want.c_str(), sizeof(back), cs),
-              static_cast<int>(bytes.size()));
-    EXPECT_EQ(std::string(back), bytes);
-    // Character by character, with lengths.
-    size_t at = 0, unit = 0;
-    while (at < bytes.size()) {
-      unsigned short u;
-      int len = ZQGlob::MBtoWC(&u, bytes.c_str() + at, static_cast<int>(bytes.size() - at), cs);
-      ASSERT_GT(len, 0);
-      EXPECT_EQ(ZQGlob::MBLen(bytes.c_str() + at, -1, cs), len);
-      EXPECT_EQ(u, want[unit++]);
-      char enc[4];
-      ASSERT_EQ(ZQGlob::WCtoMB(enc, u, cs), len);
-      EXPECT_EQ(std::string(enc, len), bytes.substr(at, len));
-      at += len;
+      char out[4];
+      bool mapped = encode.Convert(LE(U16(1, u)), &got) &&
+                    static_cast<int>(got.size()) <= ZQGlob::MBMaxChars(cs);
+      int len = ZQGlob::WCtoMB(out, static_cast<unsigned short>(u), cs);
+      ASSERT_EQ(len, mapped ? static_cast<int>(got.size()) : -1) << u;
+      ASSERT_EQ(std::string(out, std::max(len, 0)), mapped ? got : "") << u;
     }
   }
 }
@@ -291,8 +239,7 @@ TEST(EncodingConversion, NeverWritesPastTheCapacity) {
     EXPECT_EQ(ZQGlob::WCStoMBS(bytes, text, 3 * unit_bytes, set), 3 * unit_bytes);
     EXPECT_EQ(bytes[3 * unit_bytes], 0x55);
     char narrow[16] = {};
-    int len = ZQGlob::WCStoMBS(narrow, text, sizeof(narrow), set);
-    ASSERT_EQ(len, 5 * unit_bytes);
+    ASSERT_EQ(ZQGlob::WCStoMBS(narrow, text, sizeof(narrow), set), 5 * unit_bytes);
     unsigned short units[8];
     std::fill(units, units + 8, 0xAAAA);
     EXPECT_EQ(ZQGlob::MBStoWCS(units, narrow, 3, set), 3);
@@ -315,37 +262,49 @@ TEST(EncodingConversion, NeverWritesPastTheCapacity) {
   EXPECT_EQ(units[0], 0xAAAA);
 }
 
-// UTF-8 and UCS-2 through the code-set routines: valid text as iconv has
-// it, and the library's lenient decoding of the rest.
+// UTF-8 and UCS-2 through the code-set routines and the string classes:
+// valid text as iconv has it, and the library's lenient decoding of the rest.
 TEST(EncodingConversion, Utf8AndUcs2) {
   U16 all;
   for (uint32_t u = 1; u < 0x10000; ++u) {
     if (u < 0xD800 || u > 0xDFFF) all.push_back(static_cast<unsigned short>(u));
   }
-  all += {0xD83D, 0xDE00, 0xDBFF, 0xDFFF};  // two characters beyond the BMP
-  std::string utf8;
-  ASSERT_TRUE(Iconv("UTF-8", "UTF-16LE", Bytes(all), &utf8));
+  const U16 beyond = all + U16{0xD83D, 0xDE00, 0xDBFF, 0xDFFF};  // two pairs
+  std::string utf8 = Iconv("UTF-8", "UTF-16LE")(LE(beyond));
   std::vector<char> bytes(utf8.size() + 1);
-  ASSERT_EQ(ZQGlob::WCStoMBS(bytes.data(), all.c_str(), static_cast<int>(bytes.size()),
+  ASSERT_EQ(ZQGlob::WCStoMBS(bytes.data(), beyond.c_str(), static_cast<int>(bytes.size()),
                              ZQ_CSET_UTF8),
             static_cast<int>(utf8.size()));
   EXPECT_EQ(std::string(bytes.data()), utf8);
-  std::vector<unsigned short> units(all.size() + 1);
+  std::vector<unsigned short> units(beyond.size() + 1);
   ASSERT_EQ(ZQGlob::MBStoWCS(units.data(), utf8.c_str(), static_cast<int>(units.size()),
                              ZQ_CSET_UTF8),
-            static_cast<int>(all.size()));
-  EXPECT_EQ(U16(units.data()), all);
+            static_cast<int>(beyond.size()));
+  EXPECT_TRUE(U16(units.data()) == beyond);
+  // The string classes carry one unit per sequence: the basic plane only.
+  utf8 = Iconv("UTF-8", "UTF-16LE")(LE(all));
+  ZQWString wide;
+  ZQString narrow;
+  ASSERT_TRUE(wide.Assign(ZQString(utf8.c_str(), static_cast<int>(utf8.size())), ZQ_CSET_UTF8));
+  ASSERT_TRUE(Std(wide) == all);
+  ASSERT_TRUE(narrow.Assign(wide, ZQ_CSET_UTF8));
+  EXPECT_TRUE(Std(narrow) == utf8);
+  // UCS-2: the narrow form is the units' own bytes.
+  ASSERT_TRUE(narrow.Assign(wide, ZQ_CSET_UCS2));
+  EXPECT_TRUE(Std(narrow) == LE(all));
+  ASSERT_TRUE(wide.Assign(narrow, ZQ_CSET_UCS2));
+  EXPECT_TRUE(Std(wide) == all);
 
   struct {
     const char* bytes;
-    int mbtowc;      // result of MBtoWC with n = strlen
+    int mbtowc;  // result of MBtoWC with n = strlen
     unsigned short unit;
   } one[] = {
       {"\xC3\xA4", 2, 0xE4},
       {"\xE2\x82\xAC", 3, 0x20AC},
-      {"\xC1\x81", 2, 0x41},         // overlong forms are accepted
-      {"\xC3\x41", 2, 0x81},         // trailing bytes are not checked
-      {"\xF0\x9F\x98\x80", -1, 0},   // beyond one unit
+      {"\xC1\x81", 2, 0x41},        // overlong forms are accepted
+      {"\xC3\x41", 2, 0x81},        // trailing bytes are not checked
+      {"\xF0\x9F\x98\x80", -1, 0},  // beyond one unit
       {"\xF8\x88\x80\x80\x80", -1, 0},
       {"\xE2\x82", -1, 0},
   };
@@ -353,9 +312,7 @@ TEST(EncodingConversion, Utf8AndUcs2) {
     unsigned short u = 0;
     int n = static_cast<int>(std::strlen(c.bytes));
     EXPECT_EQ(ZQGlob::MBtoWC(&u, c.bytes, n, ZQ_CSET_UTF8), c.mbtowc) << c.bytes;
-    if (c.mbtowc > 0) {
-      EXPECT_EQ(u, c.unit) << c.bytes;
-    }
+    EXPECT_EQ(c.mbtowc > 0 ? u : 0, c.unit) << c.bytes;
   }
   char out[8] = {};
   EXPECT_EQ(ZQGlob::WCtoMB(out, 0xDC00, ZQ_CSET_UTF8), 3);
@@ -366,7 +323,6 @@ TEST(EncodingConversion, Utf8AndUcs2) {
   const unsigned short lone_high[] = {'a', 0xD800, 'b', 0};
   EXPECT_EQ(ZQGlob::WCStoMBS(out, lone_high, 8, ZQ_CSET_UTF8), -1);
 
-  // UCS-2: the narrow text is the units themselves.
   const unsigned short text[] = {0x20AC, 'A', 0x4E2D, 0};
   char raw[8];
   ASSERT_EQ(ZQGlob::WCStoMBS(raw, text, 8, ZQ_CSET_UCS2), 6);
@@ -390,15 +346,6 @@ TEST(EncodingConversion, UnknownCodeSetsUseTheLocale) {
     EXPECT_EQ(ZQGlob::MBStoWCS(got, text, 32, static_cast<ZQ_CSET>(cs)), n) << cs;
     EXPECT_EQ(U16(got), U16(want)) << cs;
   }
-}
-
-TEST(EncodingCodePage, StoresOneValue) {
-  EXPECT_EQ(ZQGlob::GetCodePage(), 0x002501B5);
-  EXPECT_EQ(ZQGlob::SetCodePage(850), 0);
-  EXPECT_EQ(ZQGlob::GetCodePage(), 850);
-  EXPECT_EQ(ZQGlob::SetCodePage(-1), 0);
-  EXPECT_EQ(ZQGlob::GetCodePage(), -1);
-  ZQGlob::SetCodePage(0x002501B5);
 }
 
 }  // namespace

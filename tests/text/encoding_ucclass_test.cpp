@@ -6,37 +6,22 @@
 namespace {
 
 TEST(UnicodeClasses, AttributesOfKnownCharacters) {
-  struct {
-    unsigned short u;
-    unsigned short attrs;
+  enum : unsigned short {
+    kUp = ZQGlob::UC_UPPER, kLo = ZQGlob::UC_LOWER, kTi = ZQGlob::UC_TITLE,
+    kAl = ZQGlob::UC_ALPHA, kDi = ZQGlob::UC_DIGIT, kNu = ZQGlob::UC_NUMBER,
+    kXd = ZQGlob::UC_XDIGIT, kSp = ZQGlob::UC_SPACE, kCn = ZQGlob::UC_CNTRL,
+    kPu = ZQGlob::UC_PUNCT, kSy = ZQGlob::UC_SYMBOL, kMa = ZQGlob::UC_MARK,
+  };
+  const struct {
+    unsigned short u, attrs;
   } cases[] = {
-      {'A', ZQGlob::UC_UPPER | ZQGlob::UC_ALPHA | ZQGlob::UC_XDIGIT},
-      {'g', ZQGlob::UC_LOWER | ZQGlob::UC_ALPHA},
-      {'7', ZQGlob::UC_DIGIT | ZQGlob::UC_NUMBER | ZQGlob::UC_XDIGIT},
-      {' ', 16},  // the space attribute is 16
-      {0x00A0, ZQGlob::UC_SPACE},
-      {0x3000, ZQGlob::UC_SPACE},
-      {0x2028, ZQGlob::UC_SPACE},
-      {'\t', ZQGlob::UC_CNTRL},
-      {'!', ZQGlob::UC_PUNCT},
-      {0x00BF, ZQGlob::UC_PUNCT},
-      {'+', ZQGlob::UC_SYMBOL},
-      {0x20AC, ZQGlob::UC_SYMBOL},
-      {0x00C4, ZQGlob::UC_UPPER | ZQGlob::UC_ALPHA},
-      {0x00DF, ZQGlob::UC_LOWER | ZQGlob::UC_ALPHA},
-      {0x01C5, ZQGlob::UC_TITLE | ZQGlob::UC_ALPHA},
-      {0x0416, ZQGlob::UC_UPPER | ZQGlob::UC_ALPHA},
-      {0x05D0, ZQGlob::UC_ALPHA},
-      {0x0661, ZQGlob::UC_DIGIT | ZQGlob::UC_NUMBER},
-      {0x2167, ZQGlob::UC_NUMBER},
-      {0x00BD, ZQGlob::UC_NUMBER},
-      {0x0301, ZQGlob::UC_MARK},
-      {0x4E2D, ZQGlob::UC_ALPHA},
-      {0xAC00, ZQGlob::UC_ALPHA},
-      {0xFF21, ZQGlob::UC_UPPER | ZQGlob::UC_ALPHA},
-      {0xD800, 0},
-      {0xE000, 0},
-      {0xFFFF, 0},
+      {'A', kUp | kAl | kXd}, {'g', kLo | kAl},  {'7', kDi | kNu | kXd}, {' ', 16},
+      {0x00A0, kSp},          {0x3000, kSp},     {0x2028, kSp},          {'\t', kCn},
+      {'!', kPu},             {0x00BF, kPu},     {'+', kSy},             {0x20AC, kSy},
+      {0x00C4, kUp | kAl},    {0x00DF, kLo | kAl}, {0x01C5, kTi | kAl},  {0x0416, kUp | kAl},
+      {0x05D0, kAl},          {0x0661, kDi | kNu}, {0x2167, kNu},        {0x00BD, kNu},
+      {0x0301, kMa},          {0x4E2D, kAl},     {0xAC00, kAl},          {0xFF21, kUp | kAl},
+      {0xD800, 0},            {0xE000, 0},       {0xFFFF, 0},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(ZQGlob::GetUCAttrs(c.u), c.attrs) << std::hex << c.u;

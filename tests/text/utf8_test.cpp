@@ -1,43 +1,19 @@
 // The UTF-8 routines of ZQGlob, against glibc's iconv where the forms are
 // standard, and on the lenient and edge behaviour where they are not.
-#include <iconv.h>
-
 #include <random>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "text/helpers.h"
 #include "zq/zqglob.h"
 
 namespace {
 
-using U16 = std::basic_string<unsigned short>;
+using zqtest::LE;
+using zqtest::U16;
 using Bytes = std::basic_string<unsigned char>;
-
-// Converts with iconv between UTF-8 bytes and UTF-16LE bytes.
-std::string Iconv(const char* to, const char* from, const std::string& in) {
-  iconv_t cd = iconv_open(to, from);
-  EXPECT_NE(cd, reinterpret_cast<iconv_t>(-1));
-  std::string out(in.size() * 4 + 16, '\0');
-  char* src = const_cast<char*>(in.data());
-  size_t left = in.size();
-  char* dst = out.data();
-  size_t room = out.size();
-  EXPECT_NE(iconv(cd, &src, &left, &dst, &room), static_cast<size_t>(-1));
-  iconv_close(cd);
-  out.resize(out.size() - room);
-  return out;
-}
-
-std::string LE(const U16& u) {
-  std::string b;
-  for (unsigned short c : u) {
-    b += static_cast<char>(c & 0xFF);
-    b += static_cast<char>(c >> 8);
-  }
-  return b;
-}
 
 // Random UTF-16 text with surrogate pairs but no lone surrogates or zeros.
 U16 RandomText(std::mt19937& rng, int n) {
@@ -61,18 +37,24 @@ U16 RandomText(std::mt19937& rng, int n) {
   return t;
 }
 
-TEST(Utf8Test, DecodeBufferMatchesIconv) {
+// Random text both ways through the buffer routines, against iconv.
+TEST(Utf8Test, BuffersMatchIconv) {
   std::mt19937 rng(1);
+  zqtest::Iconv to_utf8("UTF-8", "UTF-16LE");
   for (int i = 0; i < 300; ++i) {
     U16 text = RandomText(rng, static_cast<int>(rng() % 40));
-    std::string utf8 = Iconv("UTF-8", "UTF-16LE", LE(text));
-    std::vector<unsigned short> out(text.size() + 1, 0xAAAA);
-    int n = ZQGlob::UTF8ToUnicode(reinterpret_cast<const unsigned char*>(utf8.data()),
-                                  static_cast<int>(utf8.size()), out.data(),
+    std::string want = to_utf8(LE(text));
+    std::vector<unsigned char> out(want.size() + 1, 0xAA);
+    int n = ZQGlob::UnicodeToUTF8(text.data(), static_cast<int>(text.size()), out.data(),
                                   static_cast<int>(out.size()));
+    ASSERT_EQ(n, static_cast<int>(want.size()));
+    ASSERT_EQ(std::string(reinterpret_cast<char*>(out.data()), n + 1), want + '\0');
+    std::vector<unsigned short> back(text.size() + 1, 0xAAAA);
+    n = ZQGlob::UTF8ToUnicode(reinterpret_cast<const unsigned char*>(want.data()),
+                              static_cast<int>(want.size()), back.data(),
+                              static_cast<int>(back.size()));
     ASSERT_EQ(n, static_cast<int>(text.size()));
-    ASSERT_EQ(U16(out.data(), n), text);
-    ASSERT_EQ(out[n], 0);
+    ASSERT_EQ(U16(back.data(), n + 1), text + U16(1, 0));
   }
 }
 
@@ -153,17 +135,14 @@ TEST(Utf8Test, EncodeOneUnitMatchesIconv) {
   for (unsigned u = 1; u <= 0xFFFF; ++u) {
     if (u < 0xD800 || u > 0xDFFF) all += static_cast<unsigned short>(u);
   }
-  std::string want = Iconv("UTF-8", "UTF-16LE", LE(all));
   std::string got;
   for (unsigned short u : all) {
     unsigned char out[8] = {0xAA, 0xAA, 0xAA, 0xAA, 0xAA, 0xAA, 0xAA, 0xAA};
     int n = ZQGlob::UnicodeToUTF8(u, out);
-    ASSERT_GE(n, 1);
-    ASSERT_LE(n, 3);
-    ASSERT_EQ(out[n], 0);
+    ASSERT_TRUE(n >= 1 && n <= 3 && out[n] == 0) << u;
     got.append(reinterpret_cast<char*>(out), n);
   }
-  EXPECT_EQ(got, want);
+  EXPECT_EQ(got, zqtest::Iconv("UTF-8", "UTF-16LE")(LE(all)));
 
   unsigned char out[8] = {0xAA, 0xAA, 0xAA, 0xAA};
   EXPECT_EQ(ZQGlob::UnicodeToUTF8(0x0000, out), 1);
@@ -174,34 +153,16 @@ TEST(Utf8Test, EncodeOneUnitMatchesIconv) {
   EXPECT_EQ(ZQGlob::UnicodeToUTF8(0xD800, keep), -1);
   EXPECT_EQ(ZQGlob::UnicodeToUTF8(0xDBFF, keep), -1);
   EXPECT_EQ(Bytes(keep, 4), Bytes(4, 0xAA));
-}
 
-TEST(Utf8Test, EncodeBuffer) {
-  std::mt19937 rng(2);
-  for (int i = 0; i < 300; ++i) {
-    U16 text = RandomText(rng, static_cast<int>(rng() % 40));
-    std::string want = Iconv("UTF-8", "UTF-16LE", LE(text));
-    std::vector<unsigned char> out(want.size() + 1, 0xAA);
-    int n = ZQGlob::UnicodeToUTF8(text.data(), static_cast<int>(text.size()), out.data(),
-                                  static_cast<int>(out.size()));
-    ASSERT_EQ(n, static_cast<int>(want.size()));
-    ASSERT_EQ(std::string(reinterpret_cast<char*>(out.data()), n), want);
-    ASSERT_EQ(out[n], 0);
-    // And back through the decoder.
-    std::vector<unsigned short> back(text.size() + 1);
-    ASSERT_EQ(ZQGlob::UTF8ToUnicode(out.data(), n, back.data(), static_cast<int>(back.size())),
-              static_cast<int>(text.size()));
-    ASSERT_EQ(U16(back.data(), text.size()), text);
-  }
-  unsigned char out[16];
-  const U16 lone_high = {'a', 0xD800, 'b'};
-  EXPECT_EQ(ZQGlob::UnicodeToUTF8(lone_high.data(), 3, out, 16), -1);
-  const U16 lone_low = {0xDC00};
-  EXPECT_EQ(ZQGlob::UnicodeToUTF8(lone_low.data(), 1, out, 16), 3);
+  // The buffer form: a lone high surrogate fails, a lone low one is three
+  // bytes, and the terminator needs room.
+  unsigned char buf[16];
+  EXPECT_EQ(ZQGlob::UnicodeToUTF8(U16{'a', 0xD800, 'b'}.data(), 3, buf, 16), -1);
+  EXPECT_EQ(ZQGlob::UnicodeToUTF8(U16{0xDC00}.data(), 1, buf, 16), 3);
   const U16 euro = {0x20AC, 0x20AC};
-  EXPECT_EQ(ZQGlob::UnicodeToUTF8(euro.data(), 2, out, 6), -2);
-  EXPECT_EQ(ZQGlob::UnicodeToUTF8(euro.data(), 2, out, 7), 6);
-  EXPECT_EQ(ZQGlob::UnicodeToUTF8(euro.c_str(), -1, out, 7), 6);
+  EXPECT_EQ(ZQGlob::UnicodeToUTF8(euro.data(), 2, buf, 6), -2);
+  EXPECT_EQ(ZQGlob::UnicodeToUTF8(euro.data(), 2, buf, 7), 6);
+  EXPECT_EQ(ZQGlob::UnicodeToUTF8(euro.c_str(), -1, buf, 7), 6);
 }
 
 }  // namespace

@@ -11,19 +11,17 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "text/helpers.h"
+
 namespace {
 
-using U16 = std::basic_string<unsigned short>;
-
-U16 Widen(const std::string& s) {
-  U16 out;
-  for (char c : s) out += static_cast<unsigned char>(c);
-  return out;
-}
+using zqtest::U16;
+using zqtest::Widen;
 
 std::string Show(const U16& u) {
   std::string s;
@@ -31,32 +29,33 @@ std::string Show(const U16& u) {
   return s;
 }
 
-// Formats `narrow` with snprintf and `wide` with wsnfmt on the same
-// arguments; both text and return value must agree.
-template <typename... A>
-void Check(const std::string& wide, const std::string& narrow, A... args) {
+// `form` with its first `from` replaced by `to`.
+std::string Conv(std::string form, const char* from, const char* to) {
+  return form.replace(form.find(from), std::strlen(from), to);
+}
+
+// Formats `narrow` with snprintf on `nargs` and `wide` with wsnfmt on
+// `wargs` (16-bit text where snprintf takes narrow text); text and return
+// value must agree.
+template <typename W, typename N>
+void CheckWith(const std::string& wide, const std::string& narrow, W wargs, N nargs) {
   char n[1024];
-  int nr = std::snprintf(n, sizeof n, narrow.c_str(), args...);
+  int nr = std::apply([&](auto... a) { return std::snprintf(n, sizeof n, narrow.c_str(), a...); },
+                      nargs);
   ASSERT_GE(nr, 0);
   ASSERT_LT(nr, static_cast<int>(sizeof n));
   unsigned short w[1024];
-  U16 wf = Widen(wide);
-  int wr = wsnfmt(w, 1024, wf.c_str(), args...);
+  const U16 wf = Widen(wide);
+  int wr = std::apply([&](auto... a) { return wsnfmt(w, 1024, wf.c_str(), a...); }, wargs);
   ASSERT_EQ(wr, nr) << wide;
   ASSERT_EQ(U16(w, wr), Widen(std::string(n, nr))) << wide << " gave " << Show(U16(w, wr));
   ASSERT_EQ(w[wr], 0);
 }
 
-// The same with one argument that differs between the two sides: 16-bit
-// text for wsnfmt where snprintf takes narrow text.
-template <typename WA, typename NA>
-void Check2(const std::string& wide, const std::string& narrow, WA warg, NA narg) {
-  char n[1024];
-  int nr = std::snprintf(n, sizeof n, narrow.c_str(), narg);
-  unsigned short w[1024];
-  int wr = wsnfmt(w, 1024, Widen(wide).c_str(), warg);
-  ASSERT_EQ(wr, nr) << wide;
-  ASSERT_EQ(U16(w, wr), Widen(std::string(n, nr))) << wide << " gave " << Show(U16(w, wr));
+// The same arguments on both sides.
+template <typename... A>
+void Check(const std::string& wide, const std::string& narrow, A... args) {
+  CheckWith(wide, narrow, std::make_tuple(args...), std::make_tuple(args...));
 }
 
 // Every flag set, a few widths and precisions, for one conversion.
@@ -79,48 +78,23 @@ std::vector<std::string> Formats(const std::string& conv, bool precision = true)
 }
 
 TEST(WsfmtTest, IntegersMatchSnprintf) {
-  const int values[] = {0, 1, -1, 42, -42, 255, 65535, 123456789, INT_MAX, INT_MIN};
-  for (const char* conv : {"d", "i", "o", "u", "x", "X"}) {
+  const long long values[] = {0,           1,           -1,           42,
+                              255,         65535,       70000,        32768,
+                              -32769,      123456789,   INT_MAX,      INT_MIN,
+                              0x80000000LL, 0x100000005LL, -4294967297LL, 123456789012345LL,
+                              LLONG_MAX,   LLONG_MIN};
+  for (const std::string conv : {"d", "i", "o", "u", "x", "X"}) {
     for (const auto& form : Formats(conv)) {
-      for (int v : values) Check(form, form, v);
-    }
-  }
-  // h: the value is taken as short.
-  for (const char* conv : {"hd", "hu", "hx", "ho"}) {
-    for (const auto& form : Formats(conv)) {
-      for (int v : {0, -1, 70000, 32768, -32769}) Check(form, form, v);
-    }
-  }
-}
-
-TEST(WsfmtTest, SixtyFourBitPrefixes) {
-  const long long values[] = {0, -1, 4294967296LL, -4294967297LL, LLONG_MAX, LLONG_MIN,
-                              123456789012345LL};
-  for (const char* conv : {"d", "i", "o", "u", "x", "X"}) {
-    for (const auto& form : Formats(std::string("ll") + conv)) {
-      for (const char* prefix : {"ll", "q", "I64"}) {
-        std::string wide = form;
-        wide.replace(wide.find("ll"), 2, prefix);
-        for (long long v : values) Check(wide, form, v);
-      }
-    }
-  }
-}
-
-TEST(WsfmtTest, LongIsThirtyTwoBits) {
-  // %ld reads a long but formats its low 32 bits as a 32-bit value.
-  const long values[] = {5, -5, 0x100000005L, 0x7FFFFFFFL, 0x80000000L, -0x80000001L,
-                         LONG_MIN, LONG_MAX};
-  for (const char* conv : {"d", "u", "x", "o"}) {
-    for (const auto& form : Formats(std::string("l") + conv)) {
-      std::string narrow = form;
-      narrow.erase(narrow.find('l'), 1);
-      for (long v : values) {
-        char n[256];
-        std::snprintf(n, sizeof n, narrow.c_str(), static_cast<int32_t>(v));
-        unsigned short w[256];
-        int r = wsnfmt(w, 256, Widen(form).c_str(), v);
-        ASSERT_EQ(U16(w, r), Widen(n)) << form << " " << v;
+      const std::string h = Conv(form, conv.c_str(), ("h" + conv).c_str());
+      const std::string ll = Conv(form, conv.c_str(), ("ll" + conv).c_str());
+      for (long long v : values) {
+        // h takes the value as short; l reads a long but formats its low 32
+        // bits as a 32-bit value; ll, q and I64 take all 64 bits.
+        Check(form, form, static_cast<int>(v));
+        Check(h, h, static_cast<int>(v));
+        CheckWith(Conv(form, conv.c_str(), ("l" + conv).c_str()), form,
+                  std::make_tuple(static_cast<long>(v)), std::make_tuple(static_cast<int32_t>(v)));
+        for (const char* prefix : {"ll", "q", "I64"}) Check(Conv(ll, "ll", prefix), ll, v);
       }
     }
   }
@@ -142,25 +116,17 @@ TEST(WsfmtTest, TextAndCharacters) {
   const U16 wide_text = Widen("caf\xe9 au lait");
   const std::string narrow_text = "caf\xe9 au lait";
   for (const auto& form : Formats("s")) {
-    // %s takes 16-bit text; %S, %hs narrow; %ls 16-bit again.
-    std::string narrow_fmt = form;
-    Check2(form, narrow_fmt, wide_text.c_str(), narrow_text.c_str());
-    std::string upper = form;
-    upper.replace(upper.find('s'), 1, "S");
-    Check(upper, narrow_fmt, narrow_text.c_str());
-    std::string hs = form;
-    hs.replace(hs.find('s'), 1, "hs");
-    Check(hs, narrow_fmt, narrow_text.c_str());
-    std::string ls = form;
-    ls.replace(ls.find('s'), 1, "ls");
-    Check2(ls, narrow_fmt, wide_text.c_str(), narrow_text.c_str());
+    // %s and %ls take 16-bit text; %S and %hs narrow.
+    for (const char* conv : {"s", "ls"}) {
+      CheckWith(Conv(form, "s", conv), form, std::make_tuple(wide_text.c_str()),
+                std::make_tuple(narrow_text.c_str()));
+    }
+    for (const char* conv : {"S", "hs"}) Check(Conv(form, "s", conv), form, narrow_text.c_str());
   }
   for (const auto& form : Formats("c", false)) {
-    std::string upper = form;
-    upper.replace(upper.find('c'), 1, "C");
     for (int v : {int{'a'}, 0xE9, int{' '}}) {
       Check(form, form, v);
-      Check(upper, form, v);
+      Check(Conv(form, "c", "C"), form, v);
     }
   }
   // 16-bit units beyond one byte pass through %s and %c unchanged.
@@ -175,16 +141,13 @@ TEST(WsfmtTest, TextAndCharacters) {
 }
 
 TEST(WsfmtTest, StarPointerPercentAndCount) {
+  const U16 ab = Widen("ab");
   for (int width : {-12, -1, 0, 3, 20}) {
     for (int prec : {-3, 0, 2, 8}) {
       Check("%*.*d|%-*.*f|%*S", "%*.*d|%-*.*f|%*s", width, prec, 1234, width, prec, 3.14159,
             width, "ab");
-      char n[128];
-      std::snprintf(n, sizeof n, "%*.*x|%*s", width, prec, 0xBEEFu, width, "ab");
-      unsigned short w[128];
-      int r = wsnfmt(w, 128, Widen("%*.*x|%*s").c_str(), width, prec, 0xBEEFu, width,
-                     Widen("ab").c_str());
-      ASSERT_EQ(U16(w, r), Widen(n));
+      CheckWith("%*.*x|%*s", "%*.*x|%*s", std::make_tuple(width, prec, 0xBEEFu, width, ab.c_str()),
+                std::make_tuple(width, prec, 0xBEEFu, width, "ab"));
     }
   }
   int x = 0;

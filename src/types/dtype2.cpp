@@ -508,6 +508,25 @@ long EncodeDigits(const ZQDType& t, ZQString& out, double v, bool zoned) {
   return len;
 }
 
+// Reads a floating-point field of `len` bytes (at least `min_len`) with
+// `read`; 0 when the field is not inside the record.
+long ReadFloatField(const ZQString& rec, long offset, long len, long min_len,
+                    double (*read)(const uint8_t*, int), double& v) {
+  const uint8_t* p = FieldAt(rec, offset, len);
+  if (p == nullptr || len < min_len) return 0;
+  v = read(p, static_cast<int>(len));
+  return len;
+}
+
+// Appends a floating-point field of `len` bytes written by `write`.
+long WriteFloatField(long len, ZQString& out, void (*write)(uint8_t*, int, double), double v) {
+  if (len < 1) return 0;
+  FieldBuf buf(len);
+  write(buf.data(), static_cast<int>(len), v);
+  AppendBytes(out, buf.data(), len);
+  return len;
+}
+
 }  // namespace
 
 // ---- scaling ---------------------------------------------------------------
@@ -755,39 +774,19 @@ long ZQDType::PutDBNumber(ZQWString& out, double v) const {
 // ---- floating-point codecs -------------------------------------------------
 
 long ZQDType::GetIBMmfflt(const ZQString& rec, long offset, double& v) const {
-  const long len = Length();
-  const uint8_t* p = FieldAt(rec, offset, len);
-  if (p == nullptr || len < 1) return 0;
-  v = codec::GetIBMmfflt(p, static_cast<int>(len));
-  return len;
+  return ReadFloatField(rec, offset, Length(), 1, codec::GetIBMmfflt, v);
 }
 
 long ZQDType::PutIBMmfflt(ZQString& out, double v) const {
-  const long len = Length();
-  if (len < 1) return 0;
-  FieldBuf buf(len);
-  uint8_t* b = buf.data();
-  codec::PutIBMmfflt(b, static_cast<int>(len), v);
-  AppendBytes(out, b, len);
-  return len;
+  return WriteFloatField(Length(), out, codec::PutIBMmfflt, v);
 }
 
 long ZQDType::GetVaxFloat(const ZQString& rec, long offset, double& v) const {
-  const long len = Length();
-  const uint8_t* p = FieldAt(rec, offset, len);
-  if (p == nullptr || len < 4) return 0;
-  v = codec::GetVaxFloat(p, static_cast<int>(len));
-  return len;
+  return ReadFloatField(rec, offset, Length(), 4, codec::GetVaxFloat, v);
 }
 
 long ZQDType::PutVaxFloat(ZQString& out, double v) const {
-  const long len = Length();
-  if (len < 1) return 0;
-  FieldBuf buf(len);
-  uint8_t* b = buf.data();
-  codec::PutVaxFloat(b, static_cast<int>(len), v);
-  AppendBytes(out, b, len);
-  return len;
+  return WriteFloatField(Length(), out, codec::PutVaxFloat, v);
 }
 
 long ZQDType::GetmscbFloat(const ZQString& rec, long offset, float& v) const {
@@ -879,39 +878,19 @@ long ZQDType::PutTReal(ZQString& out, double v) const {
 }
 
 long ZQDType::GetMAGNum(const ZQString& rec, long offset, double& v) const {
-  const long len = Length();
-  const uint8_t* p = FieldAt(rec, offset, len);
-  if (p == nullptr || len < 1) return 0;
-  v = codec::GetMAGNum(p, static_cast<int>(len));
-  return len;
+  return ReadFloatField(rec, offset, Length(), 1, codec::GetMAGNum, v);
 }
 
 long ZQDType::PutMAGNum(ZQString& out, double v) const {
-  const long len = Length();
-  if (len < 1) return 0;
-  FieldBuf buf(len);
-  uint8_t* b = buf.data();
-  codec::PutMAGNum(b, static_cast<int>(len), v);
-  AppendBytes(out, b, len);
-  return len;
+  return WriteFloatField(Length(), out, codec::PutMAGNum, v);
 }
 
 long ZQDType::GetMAGReal(const ZQString& rec, long offset, double& v) const {
-  const long len = Length();
-  const uint8_t* p = FieldAt(rec, offset, len);
-  if (p == nullptr || len < 1) return 0;
-  v = codec::GetMAGReal(p, static_cast<int>(len));
-  return len;
+  return ReadFloatField(rec, offset, Length(), 1, codec::GetMAGReal, v);
 }
 
 long ZQDType::PutMAGReal(ZQString& out, double v) const {
-  const long len = Length();
-  if (len < 1) return 0;
-  FieldBuf buf(len);
-  uint8_t* b = buf.data();
-  codec::PutMAGReal(b, static_cast<int>(len), v);
-  AppendBytes(out, b, len);
-  return len;
+  return WriteFloatField(Length(), out, codec::PutMAGReal, v);
 }
 
 // ---- column binary ---------------------------------------------------------

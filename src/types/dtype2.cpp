@@ -527,6 +527,15 @@ long WriteFloatField(long len, ZQString& out, void (*write)(uint8_t*, int, doubl
   return len;
 }
 
+// Appends the `size` bytes of a fixed-size format as a field of `len` bytes:
+// cut when shorter, zero-padded when longer.
+long AppendFixed(ZQString& out, const uint8_t* b, long size, long len) {
+  if (len < 1) return 0;
+  AppendBytes(out, b, len < size ? len : size);
+  if (len > size) out.Pad(0, len - size);
+  return len;
+}
+
 }  // namespace
 
 // ---- scaling ---------------------------------------------------------------
@@ -832,13 +841,9 @@ long ZQDType::GetPasReal(const ZQString& rec, long offset, double& v) const {
 }
 
 long ZQDType::PutPasReal(ZQString& out, double v) const {
-  const long len = Length();
-  if (len < 1) return 0;
   uint8_t b[6];
   codec::PutPasReal(b, v);
-  AppendBytes(out, b, len < 6 ? len : 6);
-  if (len > 6) out.Pad(0, len - 6);
-  return len;
+  return AppendFixed(out, b, sizeof(b), Length());
 }
 
 long ZQDType::GetCray(const ZQString& rec, long offset, double& v) const {
@@ -850,13 +855,9 @@ long ZQDType::GetCray(const ZQString& rec, long offset, double& v) const {
 }
 
 long ZQDType::PutCray(ZQString& out, double v) const {
-  const long len = Length();
-  if (len < 1) return 0;
   uint8_t b[8];
   codec::PutCray(b, v, MSBFirst());
-  AppendBytes(out, b, len < 8 ? len : 8);
-  if (len > 8) out.Pad(0, len - 8);
-  return len;
+  return AppendFixed(out, b, sizeof(b), Length());
 }
 
 long ZQDType::GetTReal(const ZQString& rec, long offset, double& v) const {
@@ -868,13 +869,9 @@ long ZQDType::GetTReal(const ZQString& rec, long offset, double& v) const {
 }
 
 long ZQDType::PutTReal(ZQString& out, double v) const {
-  const long len = Length();
-  if (len < 1) return 0;
   uint8_t b[10];
   codec::PutTReal(b, v, MSBFirst());
-  AppendBytes(out, b, len < 10 ? len : 10);
-  if (len > 10) out.Pad(0, len - 10);
-  return len;
+  return AppendFixed(out, b, sizeof(b), Length());
 }
 
 long ZQDType::GetMAGNum(const ZQString& rec, long offset, double& v) const {

@@ -606,6 +606,27 @@ int LoadRecords(const Options& o, const std::string& path, const Layout& layout,
   return -1;
 }
 
+// A layout and the framed records of an input file, as decode and verify use
+// them.
+struct RecordSource {
+  Layout layout;
+  InputFile in;
+  Records recs;
+  bool frame_error = false;
+};
+
+// Checks the arguments (a layout and an input file), loads the layout and
+// frames the input; returns -1 to go on, else the exit code.
+int OpenRecords(const Options& o, const char* command, RecordSource* src) {
+  if (o.args.size() != 2) {
+    Usage(command, "expected a layout file and an input file");
+    return kExitUsage;
+  }
+  const int rc = Prepare(o, o.args[0], &src->layout);
+  if (rc >= 0) return rc;
+  return LoadRecords(o, o.args[1], src->layout, &src->in, &src->recs, &src->frame_error);
+}
+
 bool ShortRecord(const std::string& path, const Layout& layout, const Record& r, long number) {
   if (r.length >= static_cast<size_t>(layout.fields_length)) return false;
   std::fprintf(stderr,
@@ -618,19 +639,14 @@ bool ShortRecord(const std::string& path, const Layout& layout, const Record& r,
 // ---- commands ---------------------------------------------------------------
 
 int Decode(const Options& o) {
-  if (o.args.size() != 2) {
-    Usage("decode", "expected a layout file and an input file");
-    return kExitUsage;
-  }
-  Layout layout;
-  int rc = Prepare(o, o.args[0], &layout);
+  RecordSource src;
+  const int rc = OpenRecords(o, "decode", &src);
   if (rc >= 0) return rc;
+  const Layout& layout = src.layout;
   const std::string& path = o.args[1];
-  InputFile in;
-  Records recs;
-  bool frame_error = false;
-  rc = LoadRecords(o, path, layout, &in, &recs, &frame_error);
-  if (rc >= 0) return rc;
+  const InputFile& in = src.in;
+  const Records& recs = src.recs;
+  const bool frame_error = src.frame_error;
   const std::string_view data = in.data();
   Writer out;
   std::string error;
@@ -923,19 +939,14 @@ int Encode(const Options& o) {
 }
 
 int Verify(const Options& o) {
-  if (o.args.size() != 2) {
-    Usage("verify", "expected a layout file and an input file");
-    return kExitUsage;
-  }
-  Layout layout;
-  int rc = Prepare(o, o.args[0], &layout);
+  RecordSource src;
+  const int rc = OpenRecords(o, "verify", &src);
   if (rc >= 0) return rc;
+  const Layout& layout = src.layout;
   const std::string& path = o.args[1];
-  InputFile in;
-  Records recs;
-  bool frame_error = false;
-  rc = LoadRecords(o, path, layout, &in, &recs, &frame_error);
-  if (rc >= 0) return rc;
+  const InputFile& in = src.in;
+  const Records& recs = src.recs;
+  const bool frame_error = src.frame_error;
   const std::string_view data = in.data();
   const auto start = std::chrono::steady_clock::now();
   Progress progress(!o.quiet && isatty(2), data.size());

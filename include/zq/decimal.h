@@ -20,6 +20,9 @@
 
 class ZQString;
 class ZQDType;
+namespace zq {
+struct DecimalAccess;
+}
 
 class ZQ_EXPORT ZQDecimal {
  public:
@@ -134,6 +137,9 @@ class ZQ_EXPORT ZQDecimal {
   int GetPack(ZQString const& in, int offset, ZQDType const& type);
 
  private:
+  // The library's field codecs read and build values from their parts.
+  friend struct zq::DecimalAccess;
+
   // Helpers stay inside the library (no interposable calls between them).
 #define ZQ_DECIMAL_INTERNAL __attribute__((visibility("hidden")))
   ZQ_DECIMAL_INTERNAL void SetUnsigned(unsigned int v);

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "numbers/decimal_access.h"
 #include "zq/decimal.h"
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "digit bytes assume LSB-first words");
@@ -53,11 +54,9 @@ uint64_t WholePart(const uint8_t* d, int e) {
 }  // namespace
 
 void SplitDecimal(const ZQDecimal& d, DecimalParts* p) {
-  char form[ZQDecimal::kStoreSize];
-  d.Store(form);
-  std::memcpy(p->digits, form + 1, 10);
-  p->neg = form[0] == 0;
-  p->exponent = static_cast<signed char>(static_cast<unsigned char>(form[11]) ^ 0x80);
+  DecimalAccess::Digits(d, p->digits);
+  p->neg = DecimalAccess::Negative(d);
+  p->exponent = DecimalAccess::Exponent(d);
 }
 
 bool DecimalOfScaledWhole(int64_t v, int scale, ZQDecimal* out) {
@@ -94,15 +93,13 @@ bool DecimalOfScaledWhole(int64_t v, int scale, ZQDecimal* out) {
     *out = ZQDecimal();
     return true;
   }
-  char form[ZQDecimal::kStoreSize];
-  form[0] = neg ? 0 : 1;
   const unsigned __int128 digits = pairs >> (8 * (10 - n));
   const uint64_t first8 = static_cast<uint64_t>(digits);
   const uint16_t last2 = static_cast<uint16_t>(digits >> 64);
-  std::memcpy(form + 1, &first8, 8);
-  std::memcpy(form + 9, &last2, 2);
-  form[11] = static_cast<char>(static_cast<unsigned char>(exponent) ^ 0x80);
-  out->Load(form);
+  uint8_t d[10];
+  std::memcpy(d, &first8, 8);
+  std::memcpy(d + 8, &last2, 2);
+  DecimalAccess::Set(out, d, neg, exponent);
   return true;
 }
 

@@ -3,11 +3,14 @@
 # has no package of its own for it. Intel's decimal floating-point library
 # (Debian libintelrdfpmath-dev, decimal128 with explicit rounding and flag
 # arguments) is shown beside it.
+# The interpreter found first may have a stripped extension (Debian's has),
+# so interpreters installed with pyenv are tried as well.
 find_package(Python3 COMPONENTS Interpreter QUIET)
-if(Python3_Interpreter_FOUND)
+file(GLOB _zq_pythons $ENV{HOME}/.pyenv/versions/*/bin/python3 $ENV{PYENV_ROOT}/versions/*/bin/python3)
+foreach(_zq_python IN LISTS Python3_EXECUTABLE _zq_pythons)
   execute_process(
-    COMMAND ${Python3_EXECUTABLE} -c
-      "import _decimal, os, sysconfig; print(_decimal.__file__); print(os.path.join(sysconfig.get_config_var('LIBDIR'), sysconfig.get_config_var('INSTSONAME')))"
+    COMMAND ${_zq_python} -c
+      "import _decimal, os, sysconfig; f = _decimal.__file__; assert b'.symtab' in open(f, 'rb').read(); print(f); print(os.path.join(sysconfig.get_config_var('LIBDIR'), sysconfig.get_config_var('INSTSONAME')))"
     OUTPUT_VARIABLE _zq_mpdec_paths OUTPUT_STRIP_TRAILING_WHITESPACE
     RESULT_VARIABLE _zq_mpdec_result ERROR_QUIET)
   if(_zq_mpdec_result EQUAL 0)
@@ -19,9 +22,11 @@ if(Python3_Interpreter_FOUND)
         ZQ_BENCH_MPDEC_MODULE="${_zq_mpdec_module}"
         ZQ_BENCH_MPDEC_PYTHON="${_zq_mpdec_python}")
       target_link_libraries(${ZQ_BENCH_TARGET} PRIVATE ${CMAKE_DL_LIBS})
+      break()
     endif()
   endif()
-endif()
+  unset(_zq_mpdec_module)
+endforeach()
 if(NOT _zq_mpdec_module)
   message(STATUS "decimal benchmark: no Python _decimal extension with a shared interpreter, no libmpdec peer")
 endif()

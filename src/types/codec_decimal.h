@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <memory>
 
+class ZQDecimal;
+
 namespace zq {
 namespace codec {
 
@@ -137,6 +139,28 @@ void PutZone(uint8_t* out, const DecimalFormat& f, const char* digits, size_t n,
 // sign is read, a sign style the table knows) as a whole number, the result
 // atof would give; false otherwise, for the text path.
 bool GetZoneWhole(const uint8_t* p, const DecimalFormat& f, int64_t* v);
+
+// The descriptor settings the exact-decimal zoned paths read, small enough
+// to be passed in two registers.
+struct ZoneFormat {
+  int32_t length;
+  int16_t scale;
+  bool is_signed;
+  char pad;
+  int32_t sign_pos;
+  int32_t sign_style;
+};
+
+// The same common zoned field as an exact decimal divided by 10^scale, built
+// from its digit characters in base-100 pairs: the decimal the engine makes
+// of GetZoneWhole's number. The `before` bytes ahead of the field and the
+// `after` bytes from its start may be read. False (nothing written) where
+// GetZoneWhole is false, for the text path.
+bool GetZoneDecimal(const uint8_t* p, ZoneFormat f, long before, long after, ZQDecimal* out);
+// Writes d x 10^scale as a zoned field when that value is whole and lies
+// within d's twenty digits (no rounding to do, not a negative zero); false
+// otherwise, with nothing written, for the general path.
+bool PutZoneDecimal(uint8_t* out, ZoneFormat f, const ZQDecimal& d);
 
 // dBASE numeric: right-justified text; a blank field yields false.
 bool GetDBNumber(const uint8_t* p, int length, NumberText* out);

@@ -178,6 +178,16 @@ codec::DecimalFormat FormatOf(const ZQDType& t) {
   return f;
 }
 
+// The settings of a zoned descriptor for the exact-decimal paths.
+codec::ZoneFormat ZoneFormatOf(const ZQDType& t) {
+  return {static_cast<int32_t>(t.Length()),
+          t.Scale(),
+          t.Signed(),
+          static_cast<char>(t.PadChar()),
+          static_cast<int32_t>(t.SignPos()),
+          static_cast<int32_t>(t.SignStyle())};
+}
+
 // Reads the stored whole number of a binary integer type, before scaling,
 // with the sign rules of the numeric forms.
 bool ReadRawInteger(const ZQDType& t, const uint8_t* p, int64_t* v) {
@@ -1351,58 +1361,80 @@ long ZQDType::Input(const ZQString& rec, long offset, ZQQuadWord& out) const {
   return n;
 }
 
-long ZQDType::Input(const ZQString& rec, long offset, ZQDecimal& out) const {
-  const int t = Type();
-  const long len = Length();
+namespace {
+
+// Input into an exact decimal for every type: the zoned fields that the
+// fast form leaves, and the rest. Out of line, so that the zoned form stays
+// a small function.
+__attribute__((noinline)) long InputDecimal(const ZQDType& dt, const ZQString& rec, long offset,
+                                            ZQDecimal& out) {
+  const int t = dt.Type();
+  const long len = dt.Length();
   if (IsBinaryInteger(t)) {
     const uint8_t* p = FieldAt(rec, offset, len);
     int64_t raw;
-    if (p == nullptr || len < 1 || !ReadRawInteger(*this, p, &raw)) return 0;
-    ScaledDecimal(raw, Scale(), &out);
+    if (p == nullptr || len < 1 || !ReadRawInteger(dt, p, &raw)) return 0;
+    ScaledDecimal(raw, dt.Scale(), &out);
     return len;
   }
   if (t == ZQDT_BINARY64) {
     if (FieldAt(rec, offset, 8) == nullptr) return 0;
     ZQDecimal d;
-    if (d.GetBinary(rec, static_cast<int>(offset), 8, MSBFirst(), Signed()) == 0) return 0;
-    d.Scale(-Scale());
+    if (d.GetBinary(rec, static_cast<int>(offset), 8, dt.MSBFirst(), dt.Signed()) == 0) return 0;
+    d.Scale(-dt.Scale());
     out = d;
     return len;
   }
   if (IsPacked(t) || IsZoned(t) || t == ZQDT_BCD) {
     const uint8_t* p = FieldAt(rec, offset, len);
     if (p == nullptr) return 0;
-    const codec::DecimalFormat f = FormatOf(*this);
+    const codec::DecimalFormat f = FormatOf(dt);
     int64_t whole;
     if ((IsPacked(t) && codec::GetPackWhole(p, f, &whole)) ||
         (IsZoned(t) && codec::GetZoneWhole(p, f, &whole))) {
-      ScaledDecimal(whole, Scale(), &out);
+      ScaledDecimal(whole, dt.Scale(), &out);
       return len;
     }
     NumberText text;
     bool ok;
     if (IsPacked(t)) {
-      ok = codec::GetPack(p, FormatOf(*this), &text);
+      ok = codec::GetPack(p, FormatOf(dt), &text);
       if (!ok) return 0;
     } else if (t == ZQDT_BCD) {
-      ok = codec::GetBCD(p, FormatOf(*this), &text);
+      ok = codec::GetBCD(p, FormatOf(dt), &text);
       if (!ok) return 0;
     } else {
       bool unknown = false;
-      ok = codec::GetZone(p, FormatOf(*this), &text, &unknown);
+      ok = codec::GetZone(p, FormatOf(dt), &text, &unknown);
       if (unknown) {
-        ZQGlob::LogMessage(4, BATCH_INVALID, "Unknown signstyle %d", static_cast<int>(SignStyle()));
+        ZQGlob::LogMessage(4, BATCH_INVALID, "Unknown signstyle %d",
+                           static_cast<int>(dt.SignStyle()));
       }
     }
     ZQDecimal d = ok ? DecimalFromText(text) : ZQDecimal();
-    d.Scale(-Scale());
+    d.Scale(-dt.Scale());
     out = d;
     return len;
   }
   double v;
-  const long n = Input(rec, offset, v);
+  const long n = dt.Input(rec, offset, v);
   if (n != 0) out = ZQDecimal(v);
   return n;
+}
+
+}  // namespace
+
+long ZQDType::Input(const ZQString& rec, long offset, ZQDecimal& out) const {
+  if (IsZoned(Type())) {
+    // The common zoned field goes from its digit characters to the decimal.
+    const long len = Length();
+    const uint8_t* p = FieldAt(rec, offset, len);
+    if (p == nullptr) return 0;
+    if (codec::GetZoneDecimal(p, ZoneFormatOf(*this), offset, rec.length() - offset, &out)) {
+      return len;
+    }
+  }
+  return InputDecimal(*this, rec, offset, out);
 }
 
 // ---- Output ----------------------------------------------------------------
@@ -1585,9 +1617,15 @@ long ZQDType::Output(ZQString& out, ZQQuadWord v) const {
   return Output(out, static_cast<double>(v.Value()));
 }
 
-long ZQDType::Output(ZQString& out, const ZQDecimal& value) const {
-  const int t = Type();
-  const long len = Length();
+namespace {
+
+// Output of an exact decimal for every type: the zoned fields that the fast
+// form leaves, and the rest. Out of line, so that the zoned form stays a
+// small function.
+__attribute__((noinline)) long OutputDecimal(const ZQDType& dt, ZQString& out,
+                                             const ZQDecimal& value) {
+  const int t = dt.Type();
+  const long len = dt.Length();
   const bool binary = IsBinaryInteger(t) || t == ZQDT_BINARY64;
   const bool digits = IsPacked(t) || IsZoned(t) || t == ZQDT_BCD;
   if ((binary || digits) && len < 1) return 0;
@@ -1598,7 +1636,7 @@ long ZQDType::Output(ZQString& out, const ZQDecimal& value) const {
   uint64_t mag = 0;
   bool fast = false;
   if (binary || (digits && t != ZQDT_BCD)) {
-    codec::ScaledParts(value, Scale(), !Signed(), &parts);
+    codec::ScaledParts(value, dt.Scale(), !dt.Signed(), &parts);
     fast = binary ? codec::TruncatedMagnitude(parts, &mag) : codec::RoundedMagnitude(parts, &mag);
   }
   if (binary) {
@@ -1607,23 +1645,23 @@ long ZQDType::Output(ZQString& out, const ZQDecimal& value) const {
       whole = static_cast<int64_t>(parts.neg ? 0 - mag : mag);
     } else {
       ZQDecimal v = value;
-      if (!Signed() && v.IsNeg()) v = -v;
-      v.Scale(Scale());
+      if (!dt.Signed() && v.IsNeg()) v = -v;
+      v.Scale(dt.Scale());
       whole = DecimalToInt64(v);
     }
     if (t == ZQDT_BINARY64) {
       uint8_t b[8];
-      codec::PutBinary(b, whole, 8, MSBFirst());
+      codec::PutBinary(b, whole, 8, dt.MSBFirst());
       AppendBytes(out, b, 8);
       return 8;
     }
-    AppendRawInteger(*this, out, whole, false);
+    AppendRawInteger(dt, out, whole, false);
     return len;
   }
   ZQDecimal v = value;
-  if (!Signed() && v.IsNeg()) v = -v;
+  if (!dt.Signed() && v.IsNeg()) v = -v;
   if (digits) {
-    const codec::DecimalFormat f = FormatOf(*this);
+    const codec::DecimalFormat f = FormatOf(dt);
     if (fast) {
       uint8_t* b = AppendRoom(out, len);
       if (b == nullptr) return len;
@@ -1637,7 +1675,7 @@ long ZQDType::Output(ZQString& out, const ZQDecimal& value) const {
     }
     FieldBuf buf(len);
     uint8_t* b = buf.data();
-    v.Scale(Scale());
+    v.Scale(dt.Scale());
     bool neg;
     if (t != ZQDT_BCD && DecimalWhole(v, &mag, &neg)) {
       if (IsPacked(t)) {
@@ -1660,5 +1698,22 @@ long ZQDType::Output(ZQString& out, const ZQDecimal& value) const {
     AppendBytes(out, b, len);
     return len;
   }
-  return Output(out, static_cast<double>(v));
+  return dt.Output(out, static_cast<double>(v));
+}
+
+}  // namespace
+
+long ZQDType::Output(ZQString& out, const ZQDecimal& value) const {
+  const long len = Length();
+  if (IsZoned(Type()) && len >= 1) {
+    // A value whose scaled form is whole within its digits is written from
+    // its digit characters.
+    uint8_t* b = AppendRoom(out, len);
+    if (b == nullptr) return len;
+    if (codec::PutZoneDecimal(b, ZoneFormatOf(*this), value)) {
+      TakeRoom(out, len);
+      return len;
+    }
+  }
+  return OutputDecimal(*this, out, value);
 }

@@ -1,7 +1,8 @@
 // The engine's direct paths between fields and exact decimals: the decimals
 // built from whole numbers and the scale, the scaling, rounding and
 // truncation of decimals on their digits, and fields encoded in place. The
-// references are ZQDecimal's own constructors, Scale and printed text.
+// references are ZQDecimal's own constructors, Scale and printed text, and
+// zoned fields built by hand.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -43,6 +44,7 @@ ZQDecimal Reference(int64_t v) {
 ZQDType Type(DATATYPE t, long len, short scale, bool is_signed = true) {
   ZQDType d(t);
   d.MaxLength(len > d.MaxLength() ? len : d.MaxLength());
+  d.MaxPrecision(len > d.MaxPrecision() ? len : d.MaxPrecision());
   d.Length(len);
   d.MinScale(-20);
   d.MaxScale(20);
@@ -190,21 +192,25 @@ std::string WholeOfText(const ZQDecimal& d, bool round) {
 
 TEST(EngineFast, DecimalsRoundAndTruncateAsTheirText) {
   std::mt19937_64 rng(9);
+  const long lengths[] = {2, 3, 7, 8, 9, 16, 17, 19, 45, 60};
   for (const ZQDecimal& d : Decimals(rng, 3000)) {
     for (short sc : {-3, -1, 0, 1, 2, 5}) {
       ZQDecimal scaled = d;
       scaled.Scale(sc);
       // Zoned with a separate trailing sign: the last digits of the rounded
-      // magnitude and the sign of the text.
-      ZQDType zone = Type(ZQDT_DISPLAY_SIGN_TRAILING_SEP, 19, sc);
+      // magnitude and the sign of the text, at lengths either side of the
+      // word sizes the writer works in.
+      const long len = lengths[rng() % 10];
+      ZQDType zone = Type(ZQDT_DISPLAY_SIGN_TRAILING_SEP, len, sc);
       zone.SetPadChar('0');
       ZQString out;
-      ASSERT_EQ(zone.Output(out, d), 19);
+      ASSERT_EQ(zone.Output(out, d), len);
       std::string want = WholeOfText(scaled, true);
       const bool neg = want[0] == '-';
       if (neg) want.erase(0, 1);
-      want = std::string(want.size() < 18 ? 18 - want.size() : 0, '0') + want;
-      want = want.substr(want.size() - 18) + (neg ? "-" : "+");
+      const size_t room = static_cast<size_t>(len - 1);
+      want = std::string(want.size() < room ? room - want.size() : 0, '0') + want;
+      want = want.substr(want.size() - room) + (neg ? "-" : "+");
       EXPECT_EQ(std::string(out.c_str(), out.length()), want) << Text(d) << " scale " << sc;
 
       // 8-byte binary: the whole part modulo 2^64, negated for a sign.
@@ -225,6 +231,111 @@ TEST(EngineFast, DecimalsRoundAndTruncateAsTheirText) {
       }
     }
   }
+}
+
+// The character an overpunched digit is stored as, by style.
+char Punched(long style, int digit, bool neg) {
+  switch (style) {
+    case 1:  // ibm
+      if (neg) return digit == 0 ? '}' : static_cast<char>('J' + digit - 1);
+      return digit == 0 ? '{' : static_cast<char>('A' + digit - 1);
+    case 2:  // mfcobol
+      return static_cast<char>('0' + digit + (neg ? 0x40 : 0));
+    case 4:  // wang
+      return static_cast<char>((neg ? 0xD0 : 0xF0) + digit);
+    default:  // acucobol, trailing
+      if (neg) return digit == 0 ? '}' : static_cast<char>('J' + digit - 1);
+      return static_cast<char>('0' + digit);
+  }
+}
+
+// Zoned fields of every length, scale and sign convention, built by hand
+// and placed among other bytes at offsets on both sides of the writer's and
+// reader's word sizes: each reads as ZQDecimal's own decimal of its whole
+// number divided by 10^scale, and that decimal writes the field back.
+TEST(EngineFast, ZonedFieldsReadAndWriteTheirDigits) {
+  const struct {
+    DATATYPE type;
+    bool is_signed;
+    long pos;
+    long style;
+  } conventions[] = {
+      {ZQDT_ZONED, false, 2, 2},
+      {ZQDT_ZONED, true, 2, 1},
+      {ZQDT_DISPLAY_SIGN_TRAILING, true, 2, 2},
+      {ZQDT_ZONED, true, 2, 4},
+      {ZQDT_ZONED, true, 2, 1024},
+      {ZQDT_DISPLAY_SIGN_LEADING, true, 1, 1},
+      {ZQDT_ZONED, true, 1, 2},
+      {ZQDT_ZONED, true, 1, 4},
+      {ZQDT_DISPLAY_SIGN_LEADING_SEP, true, 4, 2},
+      {ZQDT_DISPLAY_SIGN_TRAILING_SEP, true, 8, 2},
+  };
+  const short scales[] = {-3, -2, -1, 0, 1, 2, 3, 7, 17, 18, 19};
+  const long offsets[] = {0, 1, 5, 23, 24, 31};
+  const char noise[] = "x9 +-}0\xFF";
+  std::mt19937_64 rng(11);
+  int cases = 0;
+  for (const auto& c : conventions) {
+    for (long len = 1; len <= 19; ++len) {
+      // At most 18 digit characters: the text path reads longer fields (a
+      // positive leading-separate field holds only digits).
+      const bool separate = c.pos == 4 || c.pos == 8;
+      if ((separate && len == 1) || (c.pos != 8 && len == 19)) continue;
+      for (short sc : scales) {
+        ZQDType t = Type(c.type, len, sc, c.is_signed);
+        t.SignPos(c.pos);
+        t.SignStyle(c.style);
+        t.SetPadChar('0');
+        for (long off : offsets) {
+          // The digits: none to all of the room, leading zeros kept; a
+          // separate sign takes one character.
+          const int room = static_cast<int>(len) - (separate ? 1 : 0);
+          const int k = static_cast<int>(rng() % (room + 1));
+          std::string digits(static_cast<size_t>(room - k), '0');
+          int64_t whole = 0;
+          for (int i = 0; i < k; ++i) {
+            const int dgt = static_cast<int>(rng() % 10);
+            digits += static_cast<char>('0' + dgt);
+            whole = whole * 10 + dgt;
+          }
+          bool neg = c.is_signed && whole != 0 && (rng() & 1) != 0;
+          std::string field = digits;
+          if (c.is_signed && c.pos == 2) {
+            field.back() = Punched(c.style, field.back() - '0', neg);
+          } else if (c.is_signed && c.pos == 1) {
+            field[0] = Punched(c.style, field[0] - '0', neg);
+          } else if (c.pos == 4) {
+            // The writer puts "-" over the first character of a field that
+            // has room for every digit; a positive value keeps that digit.
+            field = (neg ? "-" : "0") + digits;
+          } else if (c.pos == 8) {
+            field += neg ? '-' : '+';
+          }
+          std::string bytes;
+          for (long i = 0; i < off; ++i) bytes += noise[rng() % 8];
+          bytes += field;
+          for (int i = static_cast<int>(rng() % 3); i > 0; --i) bytes += noise[rng() % 8];
+          const ZQString rec(bytes.data(), static_cast<int>(bytes.size()));
+
+          ZQDecimal want = Reference(neg ? -whole : whole);
+          want.Scale(-sc);
+          ZQDecimal got(77L);
+          ASSERT_EQ(t.Input(rec, off, got), len);
+          EXPECT_EQ(Form(got), Form(want))
+              << t.TypeName() << " pos " << c.pos << " style " << c.style << " scale " << sc << " ["
+              << field << "] at " << off;
+          ZQString out("ab", 2);
+          ASSERT_EQ(t.Output(out, want), len);
+          EXPECT_EQ(std::string(out.c_str() + 2, out.length() - 2), field)
+              << t.TypeName() << " pos " << c.pos << " style " << c.style << " scale " << sc << " "
+              << Text(want);
+          ++cases;
+        }
+      }
+    }
+  }
+  EXPECT_GT(cases, 10000);
 }
 
 TEST(EngineFast, FieldsAppendInPlace) {

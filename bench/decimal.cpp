@@ -59,26 +59,25 @@ const std::vector<ZQDecimal>& Decimals() {
   return values;
 }
 
-#ifdef ZQ_BENCH_HAVE_BID
-const std::vector<BID_UINT128>& Peers() {
-  static const std::vector<BID_UINT128> values = [] {
-    std::vector<BID_UINT128> v;
-    _IDEC_flags flags = 0;
-    for (const std::string& t : Texts()) {
-      v.push_back(bid128_from_string(const_cast<char*>(t.c_str()),
-                                     BID_ROUNDING_TO_NEAREST, &flags));
-    }
-    return v;
-  }();
-  return values;
-}
-#endif
+// Each side holds the values in its own form and does one operation per
+// call on values i and j (or text i), keeping its result where the
+// benchmark loop can see it.
+struct ZQSide {
+  static constexpr const char* kName = "ZQDecimal";
+  const std::vector<ZQDecimal>& values = Decimals();
+  ZQDecimal result;
+  char text[64];
+  void Parse(const char* t) { result = ZQDecimal(t); }
+  void Print(size_t i) { values[i].Print(text, sizeof text); }
+  void Add(size_t i, size_t j) { result = values[i] + values[j]; }
+  bool Greater(size_t i, size_t j) const { return values[i] > values[j]; }
+};
 
 #ifdef ZQ_BENCH_MPDEC_MODULE
 mpdec::Api mpd;
 mpdec::Context mpd_context;
 
-// The values in the peer's form, read with the 20-digit context.
+// The values in libmpdec's form, read with the 20-digit context.
 const std::vector<mpdec::Value*>& MpdValues() {
   static const std::vector<mpdec::Value*> values = [] {
     std::vector<mpdec::Value*> v;
@@ -92,55 +91,112 @@ const std::vector<mpdec::Value*>& MpdValues() {
   return values;
 }
 
-void BM_Parse_libmpdec(benchmark::State& state) {
-  const auto& texts = Texts();
-  mpdec::Value* r = mpd.qnew();
+struct MpdSide {
+  static constexpr const char* kName = "libmpdec";
+  const std::vector<mpdec::Value*>& values = MpdValues();
+  mpdec::Value* result = mpd.qnew();
+  char* text = nullptr;
   uint32_t status = 0;
-  size_t i = 0;
-  for (auto _ : state) {
-    mpd.qset_string(r, texts[i++ & kMask].c_str(), &mpd_context, &status);
-    benchmark::DoNotOptimize(r->digits);
-  }
-  mpd.del(r);
-}
-
-void BM_Print_libmpdec(benchmark::State& state) {
-  const auto& values = MpdValues();
-  size_t i = 0;
-  for (auto _ : state) {
-    char* text = nullptr;
-    mpd.to_sci_size(&text, values[i++ & kMask], 0);
-    benchmark::DoNotOptimize(text);
+  ~MpdSide() { mpd.del(result); }
+  void Parse(const char* t) { mpd.qset_string(result, t, &mpd_context, &status); }
+  // The library allocates the text; freeing it is part of printing.
+  void Print(size_t i) {
+    mpd.to_sci_size(&text, values[i], 0);
     std::free(text);
   }
+  void Add(size_t i, size_t j) { mpd.qadd(result, values[i], values[j], &mpd_context, &status); }
+  bool Greater(size_t i, size_t j) { return mpd.qcmp(values[i], values[j], &status) > 0; }
+};
+#endif
+
+#ifdef ZQ_BENCH_HAVE_BID
+const std::vector<BID_UINT128>& BidValues() {
+  static const std::vector<BID_UINT128> values = [] {
+    std::vector<BID_UINT128> v;
+    _IDEC_flags flags = 0;
+    for (const std::string& t : Texts()) {
+      v.push_back(bid128_from_string(const_cast<char*>(t.c_str()), BID_ROUNDING_TO_NEAREST, &flags));
+    }
+    return v;
+  }();
+  return values;
 }
 
-void BM_Add_libmpdec(benchmark::State& state) {
-  const auto& values = MpdValues();
-  mpdec::Value* r = mpd.qnew();
-  uint32_t status = 0;
-  size_t i = 0;
-  for (auto _ : state) {
-    mpd.qadd(r, values[i & kMask], values[(i + 1) & kMask], &mpd_context, &status);
-    ++i;
-    benchmark::DoNotOptimize(r->digits);
+struct BidSide {
+  static constexpr const char* kName = "decimal128";
+  const std::vector<BID_UINT128>& values = BidValues();
+  BID_UINT128 result;
+  char text[64];
+  _IDEC_flags flags = 0;
+  void Parse(const char* t) {
+    result = bid128_from_string(const_cast<char*>(t), BID_ROUNDING_TO_NEAREST, &flags);
   }
-  mpd.del(r);
-}
+  void Print(size_t i) { bid128_to_string(text, values[i], &flags); }
+  void Add(size_t i, size_t j) {
+    result = bid128_add(values[i], values[j], BID_ROUNDING_TO_NEAREST, &flags);
+  }
+  bool Greater(size_t i, size_t j) { return bid128_quiet_greater(values[i], values[j], &flags); }
+};
+#endif
 
-void BM_Compare_libmpdec(benchmark::State& state) {
-  const auto& values = MpdValues();
-  uint32_t status = 0;
+template <class Side>
+void BM_Parse(benchmark::State& state) {
+  const auto& texts = Texts();
+  Side side;
   size_t i = 0;
   for (auto _ : state) {
-    bool r = mpd.qcmp(values[i & kMask], values[(i + 1) & kMask], &status) > 0;
+    side.Parse(texts[i++ & kMask].c_str());
+    benchmark::DoNotOptimize(side.result);
+  }
+}
+
+template <class Side>
+void BM_Print(benchmark::State& state) {
+  Side side;
+  size_t i = 0;
+  for (auto _ : state) {
+    side.Print(i++ & kMask);
+    benchmark::DoNotOptimize(side.text);
+  }
+}
+
+template <class Side>
+void BM_Add(benchmark::State& state) {
+  Side side;
+  size_t i = 0;
+  for (auto _ : state) {
+    side.Add(i & kMask, (i + 1) & kMask);
+    ++i;
+    benchmark::DoNotOptimize(side.result);
+  }
+}
+
+template <class Side>
+void BM_Compare(benchmark::State& state) {
+  Side side;
+  size_t i = 0;
+  for (auto _ : state) {
+    bool r = side.Greater(i & kMask, (i + 1) & kMask);
     ++i;
     benchmark::DoNotOptimize(r);
   }
 }
 
-// Loads the peer, sets the 20-digit context and registers its benchmarks
-// after ours; tells why when there is no peer.
+constexpr const char* kOperations[] = {"Parse", "Print", "Add", "Compare"};
+
+// Registers operation `op` (an index into kOperations) of `Side` as
+// BM_<operation>_<side name>.
+template <class Side>
+void Register(int op) {
+  static void (*const kRuns[])(benchmark::State&) = {BM_Parse<Side>, BM_Print<Side>, BM_Add<Side>,
+                                                      BM_Compare<Side>};
+  const std::string name = std::string("BM_") + kOperations[op] + "_" + Side::kName;
+  benchmark::RegisterBenchmark(name.c_str(), kRuns[op]);
+}
+
+#ifdef ZQ_BENCH_MPDEC_MODULE
+// Loads libmpdec and sets the 20-digit context; tells why when there is no
+// such peer.
 bool SetUpMpdec() {
   std::string why;
   if (!mpdec::Load(ZQ_BENCH_MPDEC_PYTHON, ZQ_BENCH_MPDEC_MODULE, &mpd, &why)) {
@@ -150,14 +206,10 @@ bool SetUpMpdec() {
   mpd.defaultcontext(&mpd_context);
   mpd_context.prec = 20;
   mpd_context.traps = 0;
-  benchmark::RegisterBenchmark("BM_Parse_libmpdec", BM_Parse_libmpdec);
-  benchmark::RegisterBenchmark("BM_Print_libmpdec", BM_Print_libmpdec);
-  benchmark::RegisterBenchmark("BM_Add_libmpdec", BM_Add_libmpdec);
-  benchmark::RegisterBenchmark("BM_Compare_libmpdec", BM_Compare_libmpdec);
   return true;
 }
 
-// The peer reads what ZQDecimal prints as the value both read from the
+// libmpdec reads what ZQDecimal prints as the value both read from the
 // text, and orders every neighbouring pair as ZQDecimal does; prints the
 // counts and returns whether all agree.
 bool CheckMpdec() {
@@ -184,110 +236,6 @@ bool CheckMpdec() {
 }
 #endif
 
-// Each operation runs on our side and then on the peer's, so that both see
-// the same load on a shared machine.
-void BM_Parse_ZQDecimal(benchmark::State& state) {
-  const auto& texts = Texts();
-  size_t i = 0;
-  for (auto _ : state) {
-    ZQDecimal d(texts[i++ & kMask].c_str());
-    benchmark::DoNotOptimize(d);
-  }
-}
-BENCHMARK(BM_Parse_ZQDecimal);
-
-#ifdef ZQ_BENCH_HAVE_BID
-void BM_Parse_decimal128(benchmark::State& state) {
-  const auto& texts = Texts();
-  _IDEC_flags flags = 0;
-  size_t i = 0;
-  for (auto _ : state) {
-    BID_UINT128 d =
-        bid128_from_string(const_cast<char*>(texts[i++ & kMask].c_str()),
-                           BID_ROUNDING_TO_NEAREST, &flags);
-    benchmark::DoNotOptimize(d);
-  }
-}
-BENCHMARK(BM_Parse_decimal128);
-#endif
-
-void BM_Print_ZQDecimal(benchmark::State& state) {
-  const auto& values = Decimals();
-  char buf[64];
-  size_t i = 0;
-  for (auto _ : state) {
-    values[i++ & kMask].Print(buf, sizeof buf);
-    benchmark::DoNotOptimize(buf);
-  }
-}
-BENCHMARK(BM_Print_ZQDecimal);
-
-#ifdef ZQ_BENCH_HAVE_BID
-void BM_Print_decimal128(benchmark::State& state) {
-  const auto& values = Peers();
-  _IDEC_flags flags = 0;
-  char buf[64];
-  size_t i = 0;
-  for (auto _ : state) {
-    bid128_to_string(buf, values[i++ & kMask], &flags);
-    benchmark::DoNotOptimize(buf);
-  }
-}
-BENCHMARK(BM_Print_decimal128);
-#endif
-
-void BM_Add_ZQDecimal(benchmark::State& state) {
-  const auto& values = Decimals();
-  size_t i = 0;
-  for (auto _ : state) {
-    ZQDecimal r = values[i & kMask] + values[(i + 1) & kMask];
-    ++i;
-    benchmark::DoNotOptimize(r);
-  }
-}
-BENCHMARK(BM_Add_ZQDecimal);
-
-#ifdef ZQ_BENCH_HAVE_BID
-void BM_Add_decimal128(benchmark::State& state) {
-  const auto& values = Peers();
-  _IDEC_flags flags = 0;
-  size_t i = 0;
-  for (auto _ : state) {
-    BID_UINT128 r = bid128_add(values[i & kMask], values[(i + 1) & kMask],
-                               BID_ROUNDING_TO_NEAREST, &flags);
-    ++i;
-    benchmark::DoNotOptimize(r);
-  }
-}
-BENCHMARK(BM_Add_decimal128);
-#endif
-
-void BM_Compare_ZQDecimal(benchmark::State& state) {
-  const auto& values = Decimals();
-  size_t i = 0;
-  for (auto _ : state) {
-    bool r = values[i & kMask] > values[(i + 1) & kMask];
-    ++i;
-    benchmark::DoNotOptimize(r);
-  }
-}
-BENCHMARK(BM_Compare_ZQDecimal);
-
-#ifdef ZQ_BENCH_HAVE_BID
-void BM_Compare_decimal128(benchmark::State& state) {
-  const auto& values = Peers();
-  _IDEC_flags flags = 0;
-  size_t i = 0;
-  for (auto _ : state) {
-    int r = bid128_quiet_greater(values[i & kMask], values[(i + 1) & kMask],
-                                 &flags);
-    ++i;
-    benchmark::DoNotOptimize(r);
-  }
-}
-BENCHMARK(BM_Compare_decimal128);
-#endif
-
 // Shows every run as usual and keeps its CPU time per operation (each
 // iteration is one operation; CPU time, because the wall time of a shared
 // machine includes waiting).
@@ -310,7 +258,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
   void PrintRatios() const {
     std::printf("\n%-10s %13s %13s %8s %14s %8s\n", "operation", "ZQDecimal ns", "libmpdec ns",
                 "ratio", "decimal128 ns", "ratio");
-    for (const char* op : {"Parse", "Print", "Add", "Compare"}) {
+    for (const char* op : kOperations) {
       auto zq = ns_.find(std::string("BM_") + op + "_ZQDecimal");
       if (zq == ns_.end()) continue;
       std::printf("%-10s %13.2f", op, zq->second);
@@ -336,9 +284,22 @@ class RatioReporter : public benchmark::ConsoleReporter {
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  bool with_mpdec = false;
 #ifdef ZQ_BENCH_MPDEC_MODULE
-  if (SetUpMpdec() && !CheckMpdec()) return 1;
+  with_mpdec = SetUpMpdec();
+  if (with_mpdec && !CheckMpdec()) return 1;
 #endif
+  // Each operation runs on our side and then on the peers', so that all see
+  // the same load on a shared machine.
+  for (int op = 0; op < 4; ++op) {
+    Register<ZQSide>(op);
+#ifdef ZQ_BENCH_MPDEC_MODULE
+    if (with_mpdec) Register<MpdSide>(op);
+#endif
+#ifdef ZQ_BENCH_HAVE_BID
+    Register<BidSide>(op);
+#endif
+  }
   RatioReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   reporter.PrintRatios();

@@ -155,40 +155,24 @@ int64_t Format(Sink& sink, const unsigned short* f, va_list* ap) {
         s.precision = ReadNumber(f);
       }
     }
-    // Size prefixes: h, hh, l (the 32-bit long), ll, q, L, I64, I32, I, w.
-    if (*f == 'h') {
-      ++f;
-      s.size = Size::kShort;
-      if (*f == 'h') {
-        ++f;
-        s.size = Size::kChar;
-      }
-    } else if (*f == 'l') {
-      ++f;
-      s.size = Size::kLong;
-      if (*f == 'l') {
-        ++f;
-        s.size = Size::kLongLong;
-      }
-    } else if (*f == 'q') {
-      ++f;
-      s.size = Size::kLongLong;
-    } else if (*f == 'L') {
-      ++f;
-      s.size = Size::kLongDouble;
-    } else if (*f == 'w') {
-      ++f;
-      s.size = Size::kWide;
-    } else if (*f == 'I') {
-      ++f;
-      if (f[0] == '6' && f[1] == '4') {
-        f += 2;
-        s.size = Size::kLongLong;
-      } else if (f[0] == '3' && f[1] == '2') {
-        f += 2;
-        s.size = Size::kDefault;
-      } else {
-        s.size = Size::kSizeT;
+    // Size prefixes: h, hh, l (the 32-bit long), ll, q, L, I64, I32, I, w;
+    // the first match in this order, longer prefixes first.
+    static const struct {
+      const char* text;
+      Size size;
+    } kPrefixes[] = {{"hh", Size::kChar},     {"h", Size::kShort},       {"ll", Size::kLongLong},
+                     {"l", Size::kLong},      {"q", Size::kLongLong},    {"L", Size::kLongDouble},
+                     {"w", Size::kWide},      {"I64", Size::kLongLong},  {"I32", Size::kDefault},
+                     {"I", Size::kSizeT}};
+    for (const auto& prefix : kPrefixes) {
+      // A mismatch, at the latest the format's terminating 0, ends the
+      // comparison, so nothing past the format is read.
+      size_t n = 0;
+      while (prefix.text[n] != 0 && f[n] == static_cast<unsigned char>(prefix.text[n])) ++n;
+      if (prefix.text[n] == 0) {
+        f += n;
+        s.size = prefix.size;
+        break;
       }
     }
     unsigned short conv = *f;

@@ -642,11 +642,8 @@ int Decode(const Options& o) {
   RecordSource src;
   const int rc = OpenRecords(o, "decode", &src);
   if (rc >= 0) return rc;
-  const Layout& layout = src.layout;
+  const auto& [layout, in, recs, frame_error] = src;
   const std::string& path = o.args[1];
-  const InputFile& in = src.in;
-  const Records& recs = src.recs;
-  const bool frame_error = src.frame_error;
   const std::string_view data = in.data();
   Writer out;
   std::string error;
@@ -942,11 +939,8 @@ int Verify(const Options& o) {
   RecordSource src;
   const int rc = OpenRecords(o, "verify", &src);
   if (rc >= 0) return rc;
-  const Layout& layout = src.layout;
+  const auto& [layout, in, recs, frame_error] = src;
   const std::string& path = o.args[1];
-  const InputFile& in = src.in;
-  const Records& recs = src.recs;
-  const bool frame_error = src.frame_error;
   const std::string_view data = in.data();
   const auto start = std::chrono::steady_clock::now();
   Progress progress(!o.quiet && isatty(2), data.size());

@@ -106,25 +106,21 @@ double DecodeDecimal(Field f) {
   return sum;
 }
 
-long EncodeDouble(Field f) {
+// Encodes every value of `values` (doubles or decimals) as field `f`.
+template <class Value>
+long Encode(Field f, const std::vector<Value>& values) {
   Data& d = Shared();
   const ZQDType& t = TypeOf(d, f);
   ZQString& out = d.out;
   out.clear();
   out.Allocate(kValues * 10);
-  for (int i = 0; i < kValues; ++i) t.Output(out, d.values[i]);
+  for (int i = 0; i < kValues; ++i) t.Output(out, values[i]);
   return out.length();
 }
 
-long EncodeDecimal(Field f) {
-  Data& d = Shared();
-  const ZQDType& t = TypeOf(d, f);
-  ZQString& out = d.out;
-  out.clear();
-  out.Allocate(kValues * 10);
-  for (int i = 0; i < kValues; ++i) t.Output(out, d.decimals[i]);
-  return out.length();
-}
+long EncodeDouble(Field f) { return Encode(f, Shared().values); }
+
+long EncodeDecimal(Field f) { return Encode(f, Shared().decimals); }
 
 void BM_Decode(benchmark::State& state) {
   const Field f = static_cast<Field>(state.range(0));

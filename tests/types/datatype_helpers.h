@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "zq/dtype.h"
@@ -34,6 +35,21 @@ inline std::string FromHex(const std::string& hex) {
 }
 
 inline std::string Str(const char* s) { return s == nullptr ? std::string("<null>") : s; }
+
+// A descriptor of type `t` with room for length `len` (0: the default) and
+// scale `scale`.
+inline ZQDType Type(DATATYPE t, long len = 0, short scale = 0) {
+  ZQDType d(t);
+  if (len > 0) {
+    d.MaxLength(std::max(len, d.MaxLength()));
+    d.MaxPrecision(std::max(len, d.MaxPrecision()));
+    d.Length(len);
+  }
+  d.MinScale(-20);
+  d.MaxScale(20);
+  d.Scale(scale);
+  return d;
+}
 
 inline std::string PrintOf(const ZQDType& d) {
   ZQString out;

@@ -1,6 +1,4 @@
-// Property strings: the exact text Print writes, the grammar the reader
-// accepts, malformed input, and read(print(d)) == d over random settings of
-// every type.
+// Property strings: Print's text, the reader's grammar, read(print(d)) == d.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -24,8 +22,6 @@ TEST(DatatypeString, PrintWritesOnlyWhatDiffers) {
     void (*act)(ZQDType&);
     const char* text;
   } cases[] = {
-      {"fresh packed", ZQDT_PACKED, [](ZQDType&) {}, "'Packed decimal;order= LSB;length=4'"},
-      {"comp is msb first", ZQDT_COMP, [](ZQDType&) {}, "'Comp;order= MSB;length=4'"},
       {"alignment by display text", ZQDT_DISPLAY_JUSTIFIED, [](ZQDType& d) { d.Align(4); },
        "'Display justified;order= LSB;align=Center;length=16'"},
       {"alignment meaningful bit", ZQDT_DISPLAY_JUSTIFIED,
@@ -68,7 +64,7 @@ TEST(DatatypeString, PrintWritesOnlyWhatDiffers) {
 }
 
 TEST(DatatypeString, ReaderGrammar) {
-  struct Case {
+  const struct {
     const char* text;
     DATATYPE type;
     long length, precision;
@@ -79,25 +75,20 @@ TEST(DatatypeString, ReaderGrammar) {
       {"'Comp;order= msb'", ZQDT_COMP, 4, 9, true},
       {"'Integer;order= msb'", ZQDT_INTEGER, 4, 9, false},
       {"'Integer;order= \tMSBfirst'", ZQDT_INTEGER, 4, 9, true},
-      {"'Comp;order=LSB'", ZQDT_COMP, 4, 9, false},
       {"'packed DECIMAL'", ZQDT_PACKED, 4, 7, false},
       {"'No such type;length=40'", ZQDT_TEXT, 40, 40, false},
       {"Comp-3;length=3", ZQDT_COMP3, 3, 5, false},
       {"'Text;length=99999999999'", ZQDT_TEXT, 2147483647L, 2147483647L, false},
-      {"'Text;length=-3'", ZQDT_TEXT, 1, 1, false},
       {"'Text;precision=5;length=7'", ZQDT_TEXT, 7, 7, false},
       {"'Text;length=7;precision=5'", ZQDT_TEXT, 7, 5, false},
-      {"'Text;length=7;length=9'", ZQDT_TEXT, 9, 9, false},
       {"'Text\n;length=7'", ZQDT_TEXT, 16, 16, false},
       {"'Text; length = 12 ;bogus=1;bogus;=3;;'", ZQDT_TEXT, 12, 12, false},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.text);
-    ZQDType d = ReadBack(c.text);
-    EXPECT_EQ(d.Type(), c.type);
-    EXPECT_EQ(d.Length(), c.length);
-    EXPECT_EQ(d.Precision(), c.precision);
-    EXPECT_EQ(d.MSBFirst(), c.msb);
+  for (const auto& c : cases) {
+    const ZQDType d = ReadBack(c.text);
+    EXPECT_EQ((std::vector<long>{d.Type(), d.Length(), d.Precision(), d.MSBFirst()}),
+              (std::vector<long>{c.type, c.length, c.precision, c.msb}))
+        << c.text;
   }
 
   ZQDType f = ReadBack(
@@ -116,13 +107,9 @@ TEST(DatatypeString, ReaderGrammar) {
 
   // Unknown generic names, unsettable properties and unknown words change nothing.
   ZQDType g = ReadBack("'Integer;gentype=\\'Nope\\';padchar=\\'#\\';varlen=True;frob_invalid'");
-  EXPECT_EQ(g.GenericType(), ZQDT_INTEGER);
-  EXPECT_EQ(g.PadChar(), ' ');
-  EXPECT_FALSE(g.VariableLength());
   zqtest::ExpectSameDescriptor(g, ZQDType(ZQDT_INTEGER));
 
-  // The negative type is written with a sign-position word, which the
-  // negative-type table does not know: it reads back as 0.
+  // A negative type printed as a sign-position word reads back as 0.
   ZQDType n(ZQDT_TEXT);
   n.NegType(2);
   EXPECT_EQ(ReadBack(PrintOf(n)).NegType(), 0);
@@ -130,63 +117,36 @@ TEST(DatatypeString, ReaderGrammar) {
   // Reading from a cursor that is not at the start takes one quoted token.
   ZQString src("xx 'Comp;length=2' rest");
   src.Seek(2);
-  ZQDType c(src);
-  EXPECT_EQ(c.Type(), ZQDT_COMP);
-  EXPECT_EQ(c.Precision(), 4);
-  EXPECT_EQ(src.Tell(), 18);
-}
-
-TEST(DatatypeString, Define) {
-  // Quotes are added unless the text starts with one; an inner quote gains a
-  // backslash, so the picture clause is not cut; reading resets alias and
-  // picture.
-  const struct {
-    const char* text;
-    DATATYPE type;
-    long length;
-    const char* picture;
-  } cases[] = {{"Packed decimal", ZQDT_PACKED, 4, "<null>"},
-               {"'Comp;length=2'", ZQDT_COMP, 2, "<null>"},
-               {"Name;picture='ab'", ZQDT_NAME, 16, "ab"},
-               {nullptr, ZQDT_TEXT, 16, "<null>"}};
-  for (const auto& c : cases) {
-    ZQDType d(ZQDT_DATE);
-    d.Alias("x");
-    d.Define(c.text);
-    EXPECT_EQ(d.Type(), c.type) << zqtest::Str(c.text);
-    EXPECT_EQ(d.Length(), c.length) << zqtest::Str(c.text);
-    EXPECT_EQ(zqtest::Str(d.Picture()), c.picture) << zqtest::Str(c.text);
-    EXPECT_STREQ(d.Alias(), d.TypeName());
-  }
-}
-
-TEST(DatatypeString, MalformedInputGivesADescriptor) {
-  std::vector<std::string> inputs = {
-      "", "'", "''", "'Text;picture='abc", "'Text;length=\\", "\\", "'Text;padchar=\\'\\\\",
-      "'Comp;;;;=;=;==;length=;order=;padchar=;decsep=;gentype=;alias=;picture='",
-      "'Text;length=" + std::string(100000, '9') + "'",
-      "'Text;" + std::string(100000, 'k') + "=1'",
-      "'Text;picture=\\'" + std::string(100000, 'p') + "\\''",
-      std::string("'Text;len\0gth=5;\0'", 19),
-      std::string("\0Comp", 5),
-      "'Text;maxlength=1;minlength=100;length=50;maxprecision=1;minprecision=99;precision=7'",
-      "'Column binary numeric;minlength=-2147483648;maxlength=2147483647;length=2147483647'",
-      "'Text\n.\n;length=3'",
-  };
-  for (const std::string& in : inputs) {
-    SCOPED_TRACE(in.substr(0, 60));
-    ZQDType d = ReadBack(in);
-    EXPECT_NE(d.TypeName(), nullptr);
-    ZQString out;
-    d.Print(out);
-    EXPECT_GT(out.length(), 0);
-  }
+  const ZQDType c(src);
+  EXPECT_EQ((std::vector<long>{c.Type(), c.Precision(), src.Tell()}),
+            (std::vector<long>{ZQDT_COMP, 4, 18}));
+  // Huge input: a length clamps, a picture is kept whole (arbitrary text is
+  // the fuzzer's).
   EXPECT_EQ(ReadBack("'Text;length=" + std::string(100000, '9') + "'").Length(), 2147483647L);
   EXPECT_EQ(std::string(ReadBack("'Text;picture=\\'" + std::string(100000, 'p') + "\\''").Picture()),
             std::string(100000, 'p'));
 }
 
-// ---- the property test ----------------------------------------------------------
+TEST(DatatypeString, Define) {
+  // Quotes are added unless the text has them, an inner quote is escaped,
+  // and alias and picture are reset.
+  const struct {
+    const char* text;
+    DATATYPE type;
+    long length;
+    const char* picture;
+  } cases[] = {{"Packed decimal", ZQDT_PACKED, 4, "<null>"}, {"'Comp;length=2'", ZQDT_COMP, 2, "<null>"},
+               {"Name;picture='ab'", ZQDT_NAME, 16, "ab"}, {nullptr, ZQDT_TEXT, 16, "<null>"}};
+  for (const auto& c : cases) {
+    ZQDType d(ZQDT_DATE);
+    d.Alias("x");
+    d.Define(c.text);
+    EXPECT_EQ(std::to_string(d.Type()) + " " + std::to_string(d.Length()) + " " +
+                  zqtest::Str(d.Picture()) + " " + zqtest::Str(d.Alias()),
+              std::to_string(c.type) + " " + std::to_string(c.length) + " " + c.picture + " " +
+                  zqtest::Str(d.TypeName()));
+  }
+}
 
 using Toggle = bool (ZQDType::*)(bool);
 using Clear = void (ZQDType::*)();
@@ -207,36 +167,25 @@ const Toggle kValues[] = {&ZQDType::Signed,  &ZQDType::MSBFirst, &ZQDType::Nulls
                           &ZQDType::VariableLength, &ZQDType::Identity, &ZQDType::AutoInc,
                           &ZQDType::Currency, &ZQDType::RowVersion, &ZQDType::Display};
 
-class Random {
- public:
-  explicit Random(uint32_t seed) : gen_(seed) {}
-  bool Chance(double p) { return std::uniform_real_distribution<double>(0, 1)(gen_) < p; }
+struct Random {
+  std::mt19937 gen;
+  bool Chance(double p) { return std::uniform_real_distribution<double>(0, 1)(gen) < p; }
   long Between(long lo, long hi) {
-    if (hi < lo) return lo;
-    return std::uniform_int_distribution<long>(lo, hi)(gen_);
+    return hi < lo ? lo : std::uniform_int_distribution<long>(lo, hi)(gen);
   }
   long Bit(int n) { return Chance(0.1) ? 0 : 1L << Between(0, n - 1); }
   std::string Text() {
     static const char alphabet[] = "abcXYZ019 .-/'\\;=\t\"\xe9\x01";
     std::string s;
-    long n = Between(1, 12);
-    for (long i = 0; i < n; ++i) s += alphabet[Between(0, sizeof alphabet - 2)];
+    for (long n = Between(1, 12); n > 0; --n) s += alphabet[Between(0, sizeof alphabet - 2)];
     return s;
   }
-
- private:
-  std::mt19937 gen_;
 };
 
-// Random settings through the public setters. A string is read against the
-// catalogue bounds before its own bound clauses, so decimal-place bounds are
-// only narrowed, and length and precision bounds (which would clamp the
-// coupled partner) are left to the printed cases.
+// Random settings; bounds that the read-back would clamp are left out.
 void Randomize(ZQDType& d, Random& r) {
-  for (Toggle t : kSettables)
-    if (r.Chance(0.2)) (d.*t)(r.Chance(0.5));
-  for (Clear c : kNotMeaningful)
-    if (r.Chance(0.1)) (d.*c)();
+  for (Toggle t : kSettables) if (r.Chance(0.2)) (d.*t)(r.Chance(0.5));
+  for (Clear c : kNotMeaningful) if (r.Chance(0.1)) (d.*c)();
   if (r.Chance(0.2)) d.Nulls_Meaningful(r.Chance(0.5));
   if (r.Chance(0.1)) d.Identity_SetMeaningful();
 
@@ -261,8 +210,7 @@ void Randomize(ZQDType& d, Random& r) {
   if (r.Chance(0.2)) d.AlignMask(r.Between(-5, 40));
   if (r.Chance(0.2)) d.NegTypeMask(r.Between(-5, 40));
 
-  for (Toggle t : kValues)
-    if (r.Chance(0.3)) (d.*t)(r.Chance(0.5));
+  for (Toggle t : kValues) if (r.Chance(0.3)) (d.*t)(r.Chance(0.5));
   if (r.Chance(0.4)) d.SetPadChar(static_cast<char>(r.Between(0, 255)));
   if (r.Chance(0.3)) d.DecimalSeparator(static_cast<unsigned short>(r.Between(0, 255)));
   if (r.Chance(0.3)) d.ThousandSeparator(static_cast<unsigned short>(r.Between(0, 255)));
@@ -283,7 +231,7 @@ void Randomize(ZQDType& d, Random& r) {
 }
 
 TEST(DatatypeString, RoundTripOfRandomSettingsOnEveryType) {
-  Random r(20240611);
+  Random r{std::mt19937(20240611)};
   for (const char* const* name = ZQDType::GetAllTypedefs(); *name != nullptr; ++name) {
     DATATYPE t;
     ASSERT_TRUE(ZQDType::TypeByName(*name, t));

@@ -1,10 +1,11 @@
-// Helpers shared by the text and module tests: 16-bit strings, snapshots of
-// string objects, and glibc's iconv as the oracle for code pages and UTF-8.
+// Helpers shared by the text and module tests; glibc's iconv is the oracle.
 #ifndef ZQ_TESTS_TEXT_HELPERS_H
 #define ZQ_TESTS_TEXT_HELPERS_H
 
 #include <errno.h>
 #include <iconv.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <string>
@@ -19,9 +20,8 @@ using U16 = std::basic_string<unsigned short>;
 
 // Each byte widened to the unit of the same value.
 inline U16 Widen(const std::string& s) {
-  U16 out;
-  for (char c : s) out += static_cast<unsigned char>(c);
-  return out;
+  const auto* p = reinterpret_cast<const unsigned char*>(s.data());
+  return U16(p, p + s.size());
 }
 
 // The content of a string object, embedded zeros included.
@@ -45,9 +45,28 @@ inline std::string LE(const U16& u) {
   return std::string(reinterpret_cast<const char*>(u.data()), u.size() * 2);
 }
 inline U16 FromLE(const std::string& b) {
-  U16 out(b.size() / 2, 0);
-  std::memcpy(&out[0], b.data(), out.size() * 2);
-  return out;
+  return U16(reinterpret_cast<const unsigned short*>(b.data()), b.size() / 2);
+}
+
+// The end of one of four 64 KiB regions, each followed by an inaccessible page.
+inline char* GuardedEnd(int which) {
+  static char* ends[4] = {};
+  if (ends[which] == nullptr) {
+    const size_t size = 1 << 16, page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    char* base = static_cast<char*>(mmap(nullptr, size + page, PROT_READ | PROT_WRITE,
+                                         MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    mprotect(base + size, page, PROT_NONE);
+    ends[which] = base + size;
+  }
+  return ends[which];
+}
+
+// `count` elements of `data` placed to end at guarded region `which`.
+template <typename T>
+T* PutGuarded(int which, const T* data, size_t count) {
+  T* at = reinterpret_cast<T*>(GuardedEnd(which)) - count;
+  std::memcpy(at, data, count * sizeof(T));
+  return at;
 }
 
 // One iconv descriptor, converting one complete input at a time.
@@ -56,13 +75,10 @@ class Iconv {
   Iconv(const char* to, const char* from) : cd_(iconv_open(to, from)) {
     EXPECT_TRUE(ok()) << to << " <- " << from;
   }
-  ~Iconv() {
-    if (ok()) iconv_close(cd_);
-  }
+  ~Iconv() { if (ok()) iconv_close(cd_); }
   bool ok() const { return cd_ != reinterpret_cast<iconv_t>(-1); }
 
-  // Converts all of `in`, flushing any held state; false when iconv rejects
-  // any of it (`err` gets errno: EINVAL for a sequence cut short).
+  // Converts all of `in`; false (`err`: errno) when iconv rejects any of it.
   bool Convert(const std::string& in, std::string* out, int* err = nullptr) {
     if (!ok()) return false;
     iconv(cd_, nullptr, nullptr, nullptr, nullptr);

@@ -2,35 +2,33 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <vector>
+
 #include "platform/ticks.h"
 
 namespace {
 
 long g_now = 0;
-long FakeNow() { return g_now; }
 
-class NotifierTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    g_now = 1000000;
-    zq::platform::SetSecondsSourceForTesting(&FakeNow);
+// Stops an operation by answering non-zero, keeping the base class's rate.
+class StopAt10 : public ZQNotifier {
+ public:
+  BATCHERR Notify(long progress, short status) override {
+    NVNotify(progress, status);
+    return progress >= 10 ? BATCH_END : BATCH_OK;
   }
-  void TearDown() override { zq::platform::SetSecondsSourceForTesting(nullptr); }
 };
 
-// One Notify call and the rate, threshold and update count expected after it.
-struct Step {
-  long seconds_after_start, progress, rate, threshold;
-  int updates;
-};
-
-TEST_F(NotifierTest, RateIsRecomputedAtMostOncePerSecondPastTheThreshold) {
+TEST(Notifier, RateIsRecomputedAtMostOncePerSecondPastTheThreshold) {
+  zq::platform::SetSecondsSourceForTesting([] { return g_now; });
+  // Each step: seconds after the start, progress, then the rate, threshold
+  // and update count expected after that Notify.
   const struct {
     const char* name;
-    std::vector<Step> steps;
+    std::vector<std::array<long, 5>> steps;
   } cases[] = {
       {"same second never changes the rate", {{0, 10, 0, 0, 0}, {0, 5000, 0, 0, 0}}},
-      {"1000 after 2 s gives 500 and threshold 1400", {{2, 1000, 500, 1400, 1}}},
       {"below the threshold nothing moves",
        {{2, 1000, 500, 1400, 1}, {5, 1400, 500, 1400, 1}, {6, 1401, 233, 1587, 2}}},
       {"a second must pass since the last update",
@@ -38,62 +36,37 @@ TEST_F(NotifierTest, RateIsRecomputedAtMostOncePerSecondPastTheThreshold) {
       {"progress 0 never exceeds the initial threshold", {{3, 0, 0, 0, 0}}},
   };
   for (const auto& c : cases) {
+    g_now = 1000000;
     ZQNotifier n;
     n.StartNotification(5000);
-    const long start = g_now;
-    for (const Step& s : c.steps) {
-      g_now = start + s.seconds_after_start;
-      EXPECT_EQ(n.Notify(s.progress, 7), BATCH_OK) << c.name;
-      EXPECT_EQ(n.Rate(), s.rate) << c.name << " at progress " << s.progress;
-      EXPECT_EQ(n.Threshold(), s.threshold) << c.name << " at progress " << s.progress;
-      EXPECT_EQ(n.Updates(), s.updates) << c.name << " at progress " << s.progress;
-      EXPECT_EQ(n.LastStatus(), 7) << c.name;
+    for (const auto& [seconds, progress, rate, threshold, updates] : c.steps) {
+      SCOPED_TRACE(::testing::Message() << c.name << " at progress " << progress);
+      g_now = 1000000 + seconds;
+      EXPECT_EQ(n.Notify(progress, 7), BATCH_OK);
+      EXPECT_EQ(n.Rate(), rate);
+      EXPECT_EQ(n.Threshold(), threshold);
+      EXPECT_EQ(n.Updates(), updates);
+      EXPECT_EQ(n.LastStatus(), 7);
     }
   }
-}
 
-TEST_F(NotifierTest, StartResetsAndEndClears) {
-  ZQNotifier n;
+  // Starting again resets everything, ending clears it; a derived class stops.
+  StopAt10 stop;
+  ZQNotifier& n = stop;
   n.StartNotification(42);
-  EXPECT_EQ(n.Total(), 42);
+  g_now += 3;
+  EXPECT_EQ(n.Notify(9, 2), BATCH_OK);
+  EXPECT_EQ(n.Rate(), 3);
+  EXPECT_EQ(n.Notify(10, 2), BATCH_END);
+  g_now += 1;
+  n.StartNotification(7);
   EXPECT_EQ(n.StartTime(), g_now);
   EXPECT_EQ(n.LastUpdate(), g_now);
-  g_now += 3;
-  n.Notify(900, 2);
-  EXPECT_EQ(n.Rate(), 300);
-  n.StartNotification(7);
-  EXPECT_EQ(n.Rate(), 0);
-  EXPECT_EQ(n.Updates(), 0);
-  EXPECT_EQ(n.Threshold(), 0);
-  EXPECT_EQ(n.LastStatus(), 0);
+  EXPECT_EQ(n.Total(), 7);
+  EXPECT_EQ(n.Rate() + n.Updates() + n.Threshold() + n.LastStatus(), 0);
   n.EndNotification(7);
-  EXPECT_EQ(n.Total(), 0);
-  EXPECT_EQ(n.StartTime(), 0);
-  EXPECT_EQ(n.LastUpdate(), 0);
-}
-
-// A derived notifier stops an operation by answering non-zero; the base
-// implementation it builds on still keeps the rate.
-class StopAt : public ZQNotifier {
- public:
-  explicit StopAt(long limit) : limit_(limit) {}
-  BATCHERR Notify(long progress, short status) override {
-    NVNotify(progress, status);
-    return progress >= limit_ ? BATCH_END : BATCH_OK;
-  }
-
- private:
-  long limit_;
-};
-
-TEST_F(NotifierTest, DerivedNotifierAsksToStopThroughTheVirtualCall) {
-  StopAt stop(10);
-  ZQNotifier& base = stop;
-  base.StartNotification(100);
-  g_now += 1;
-  EXPECT_EQ(base.Notify(5, 0), BATCH_OK);
-  EXPECT_EQ(base.Rate(), 5);
-  EXPECT_EQ(base.Notify(10, 0), BATCH_END);
+  EXPECT_EQ(n.Total() + n.StartTime() + n.LastUpdate(), 0);
+  zq::platform::SetSecondsSourceForTesting(nullptr);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
-# The probe runs scenarios that need a process of their own. It lives in a
-# folder of its own with a private copy of the runtime, so the runtime's
-# $ORIGIN there holds no encoding modules: only the environment (ZQLIB,
-# LD_LIBRARY_PATH) set by each test can lead it to one.
+# The probe runs beside a private copy of the runtime whose $ORIGIN holds no
+# encoding modules: only each test's ZQLIB or LD_LIBRARY_PATH leads to one.
 set(_zq_isolated ${CMAKE_CURRENT_BINARY_DIR}/enc-isolated)
 add_executable(zq_enc_probe ${CMAKE_CURRENT_SOURCE_DIR}/modules/probe/enc_probe.cpp)
 target_include_directories(zq_enc_probe PRIVATE ${PROJECT_SOURCE_DIR}/src)
@@ -14,9 +12,7 @@ find_program(ZQ_PATCHELF patchelf REQUIRED)
 add_custom_command(TARGET zq_enc_probe POST_BUILD
   COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:zq750util>
           ${_zq_isolated}/$<TARGET_SONAME_FILE_NAME:zq750util>
-  # The build tree's runtime also searches the build's lib folder; the copy
-  # searches only its own folder, as an installed runtime does.
-  COMMAND ${ZQ_PATCHELF} --set-rpath "$ORIGIN"
+  COMMAND ${ZQ_PATCHELF} --set-rpath "$ORIGIN"  # as an installed runtime
           ${_zq_isolated}/$<TARGET_SONAME_FILE_NAME:zq750util>
   COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:zq750mem>
           ${_zq_isolated}/$<TARGET_SONAME_FILE_NAME:zq750mem>
@@ -34,5 +30,5 @@ target_compile_definitions(${ZQ_TEST_TARGET} PRIVATE
   ZQ_ENC_PARTIAL_DIR="${_zq_isolated}/partial")
 target_link_libraries(${ZQ_TEST_TARGET} PRIVATE ${CMAKE_DL_LIBS})
 
-# The loader wrapper is internal to the runtime; its test compiles it in.
+# The loader wrapper is internal to the runtime; the test compiles it in.
 target_sources(${ZQ_TEST_TARGET} PRIVATE ${PROJECT_SOURCE_DIR}/src/platform/dynlib.cpp)
